@@ -1,0 +1,5 @@
+#include "ComicArchive.h"
+
+ComicArchive::ComicArchive(const QString&) {}
+
+ComicArchive::~ComicArchive() = default;

@@ -1,0 +1,78 @@
+// The host's gesture objects.
+
+#include "DragGesture.h"
+#include "PinchGesture.h"
+#include "SwipeGesture.h"
+#include "TapGesture.h"
+#include "TwoFingerScrollGesture.h"
+
+#include <QtWidgets/private/qgesture_p.h>
+
+namespace {
+
+// QGesture keeps its state for the gesture manager; gestures that the host
+// makes by hand (scripted sessions, tests) set it here.
+void setState(QGesture* gesture, Qt::GestureState state)
+{
+    static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->state = state;
+}
+
+} // namespace
+
+TapGesture::TapGesture(QObject* parent)
+    : QGesture(parent)
+{
+}
+
+TapGesture::~TapGesture() = default;
+QPointF TapGesture::position() const { return m_position; }
+void TapGesture::setPosition(const QPointF& position) { m_position = position; }
+void TapGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+
+SwipeGesture::SwipeGesture(QObject* parent)
+    : QGesture(parent)
+    , m_horizontal(QSwipeGesture::NoDirection)
+    , m_vertical(QSwipeGesture::NoDirection)
+{
+}
+
+SwipeGesture::~SwipeGesture() = default;
+QSwipeGesture::SwipeDirection SwipeGesture::horizontalDirection() const { return m_horizontal; }
+void SwipeGesture::setHorizontalDirection(QSwipeGesture::SwipeDirection direction) { m_horizontal = direction; }
+QSwipeGesture::SwipeDirection SwipeGesture::verticalDirection() const { return m_vertical; }
+void SwipeGesture::setVerticalDirection(QSwipeGesture::SwipeDirection direction) { m_vertical = direction; }
+void SwipeGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+
+DragGesture::DragGesture(QObject* parent)
+    : QGesture(parent)
+{
+}
+
+DragGesture::~DragGesture() = default;
+QPoint DragGesture::delta() const { return m_delta; }
+void DragGesture::setDelta(const QPoint& delta) { m_delta = delta; }
+QPoint DragGesture::position() const { return m_position; }
+void DragGesture::setPosition(const QPoint& position) { m_position = position; }
+void DragGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+
+PinchGesture::PinchGesture(QObject* parent)
+    : QGesture(parent)
+    , m_scaleFactor(1.0)
+{
+}
+
+PinchGesture::~PinchGesture() = default;
+qreal PinchGesture::scaleFactor() const { return m_scaleFactor; }
+void PinchGesture::setScaleFactor(qreal factor) { m_scaleFactor = factor; }
+QPointF PinchGesture::centerPoint() const { return m_centerPoint; }
+void PinchGesture::setCenterPoint(const QPointF& point) { m_centerPoint = point; }
+void PinchGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+
+TwoFingerScrollGesture::TwoFingerScrollGesture(QObject* parent)
+    : QGesture(parent)
+{
+}
+
+TwoFingerScrollGesture::~TwoFingerScrollGesture() = default;
+QPointF TwoFingerScrollGesture::delta() const { return m_delta; }
+void TwoFingerScrollGesture::setDelta(const QPointF& delta) { m_delta = delta; }

@@ -1,0 +1,13 @@
+#include "SocialEventType.h"
+
+const SocialEventType EventType_ReadingViewZoom(QStringLiteral("ReadingViewZoom"));
+
+SocialEventType::SocialEventType(const QString& name)
+    : m_name(name)
+{
+}
+
+QString SocialEventType::name() const
+{
+    return m_name;
+}

@@ -1,0 +1,6 @@
+#include "ComicsReader.h"
+
+ComicsReader::ComicsReader(QWidget* parent, PluginState*)
+    : QWidget(parent ? parent->parentWidget() : nullptr)
+{
+}
