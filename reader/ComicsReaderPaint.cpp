@@ -1,0 +1,204 @@
+// ComicsReader: painting, zoom, pan and orientation.
+
+#include "ComicsReader.h"
+
+#include "ComicArchive.h"
+#include "ComicArchiveFactory.h"
+#include "QByteArrayArchive.h"
+#include "ZoomController.h"
+
+#include <QColor>
+#include <QDebug>
+#include <QPainter>
+#include <QRectF>
+#include <QTransform>
+
+namespace {
+
+// The prepared page in the format the backing store blends fastest, when the
+// conversion keeps every painted pixel: the painter would convert on every paint.
+QImage fastToPaint(const QImage& image)
+{
+    switch (image.format()) {
+    case QImage::Format_Mono:
+    case QImage::Format_MonoLSB:
+    case QImage::Format_Indexed8:
+        return image.convertToFormat(
+            image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    case QImage::Format_ARGB32:
+    case QImage::Format_RGBA8888:
+        return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    case QImage::Format_RGB16:
+    case QImage::Format_RGB666:
+    case QImage::Format_RGB555:
+    case QImage::Format_RGB888:
+    case QImage::Format_RGB444:
+    case QImage::Format_RGBX8888:
+    case QImage::Format_Grayscale8:
+    case QImage::Format_BGR888:
+        return image.convertToFormat(QImage::Format_RGB32);
+    default:
+        return image;
+    }
+}
+
+// The zoom at which the page image, as shown now, fills the view across; never
+// below 1.0, and 1.0 when there is nothing to measure.
+double fitRatio(const QSize& image, const QSize& view)
+{
+    if (image.isEmpty() || view.isEmpty())
+        return 1.0;
+    const double ratio
+        = (double(image.height()) / image.width()) / (double(view.height()) / view.width());
+    return ratio < 1.0 ? 1.0 : ratio;
+}
+
+} // namespace
+
+void ComicsReader::paintEvent(QPaintEvent*)
+{
+    // Opened before anything else, and only once: renderImage may have set one.
+    if (!archive)
+        archive = ComicArchiveFactory::instance(volume.getId().remove(QStringLiteral("file://")));
+
+    QPainter painter(this);
+    const int viewWidth = width();
+    const int viewHeight = height();
+
+    if (renderedPage != currentPage) {
+        QString entry = pages.value(currentPage).getId();
+        entry.remove(volume.getId() + QLatin1Char('/'));
+
+        pageImage = QImage();
+        // A file the factory could not open fails like an undecodable page.
+        pageImage = archive ? archive->data(entry) : QImage();
+        if (pageImage.isNull()) {
+            qDebug() << "Couldn't figure out this file type!";
+            // Closes the host's reading container, and the view with it.
+            if (QObject* container = parent())
+                container->deleteLater();
+            return;
+        }
+
+        // The first page decides the rotation of the whole book.
+        if (rotation == -1)
+            rotation = pageImage.width() > pageImage.height() ? 1 : 0;
+        renderedPage = currentPage;
+
+        QTransform turn;
+        turn.rotate(float(qint64(rotation) * 90), Qt::ZAxis);
+        const double zoom = zoomControl->currentZoomFactor();
+        // Turned on its side, the page's width runs along the view's height.
+        const QImage scaled = isLandscape()
+            ? pageImage.scaledToWidth(int(viewHeight * zoom), Qt::SmoothTransformation)
+            : pageImage.scaled(QSize(int(viewWidth * zoom), int(viewHeight * zoom)),
+                Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        pageImage = QImage();
+        pageImage = fastToPaint(scaled.transformed(turn, Qt::FastTransformation));
+
+        QColor white;
+        white.setRgb(255, 255, 255, 255);
+        painter.fillRect(0, 0, viewWidth, viewHeight, white);
+    }
+
+    // A page narrower (shorter) than the view is centred; one exactly as wide
+    // gets no margin.
+    const int centreX
+        = pageImage.width() <= viewWidth - 1 ? (viewWidth - pageImage.width()) / 2 : 0;
+    const int centreY
+        = pageImage.height() <= viewHeight - 1 ? (viewHeight - pageImage.height()) / 2 : 0;
+    panX = qMax(0, qMin(panX, pageImage.width() - viewWidth));
+    panY = qMax(0, qMin(panY, pageImage.height() - viewHeight));
+
+    painter.drawImage(QRectF(0, 0, viewWidth, viewHeight), pageImage,
+        QRectF(panX - centreX, panY - centreY, viewWidth, viewHeight));
+}
+
+void ComicsReader::onUserZoomChanged()
+{
+    renderedPage = -1;
+    repaint();
+}
+
+void ComicsReader::setOrientation(ScreenOrientation orientation)
+{
+    rotation = orientation;
+    renderedPage = -1;
+    update();
+}
+
+bool ComicsReader::isLandscape() const
+{
+    return (rotation & ~2) == 1;
+}
+
+void ComicsReader::fitWidth()
+{
+    zoomControl->setZoomFactor(isLandscape() ? 1.0 : fitRatio(pageImage.size(), size()));
+    update();
+}
+
+void ComicsReader::fitHeight()
+{
+    // In landscape the page image is already turned, so the same ratio applies.
+    zoomControl->setZoomFactor(isLandscape() ? fitRatio(pageImage.size(), size()) : 1.0);
+    update();
+}
+
+void ComicsReader::rotate() { }
+
+void ComicsReader::panAndFitToRect(const QRect&) { }
+
+int ComicsReader::maxXForZoom() const
+{
+    return pageImage.width() - width();
+}
+
+int ComicsReader::maxYForZoom() const
+{
+    return pageImage.height() - height();
+}
+
+void ComicsReader::processOffset(const QPoint& offset)
+{
+    const int threshold = 80;
+    const int dx = offset.x();
+    const int dy = offset.y();
+    const bool vertical = qAbs(dy) > qAbs(dx);
+    const bool horizontal = qAbs(dx) > qAbs(dy);
+
+    // Edges in this order; a page no taller than the view is always at its
+    // bottom edge, so a long upward drag turns it even with nothing to pan.
+    if (panY >= maxYForZoom() && dy < -threshold && vertical) {
+        goToNextPage();
+        return;
+    }
+    if (panX >= maxXForZoom() && dx < -threshold && horizontal) {
+        goToNextPage();
+        return;
+    }
+    if (panX <= 0 && dx > threshold && horizontal) {
+        goToPrevPage();
+        return;
+    }
+    if (panY <= 0 && dy > threshold && vertical) {
+        goToPrevPage();
+        return;
+    }
+
+    const int x = qMax(0, qMin(panX - dx, maxXForZoom()));
+    const int y = qMax(0, qMin(panY - dy, maxYForZoom()));
+    if (x == panX && y == panY)
+        return;
+    panX = x;
+    panY = y;
+    repaint();
+}
+
+void ComicsReader::enterAnimationMode()
+{
+    // An image held in memory is never animated.
+    if (dynamic_cast<QByteArrayArchive*>(archive))
+        return;
+    PanningViewMixin::enterAnimationMode();
+}
