@@ -1,1 +1,21 @@
-int main() { return 0; }
+#include "Application.h"
+
+#include <QApplication>
+#include <QStringList>
+
+int main(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    Application::prepareEnvironment(arguments);
+
+    // The command line is tamber's alone: Qt would take "--plugin FILE" as
+    // its own option. Widgets, because the plug-in's reading view is one.
+    int qtArgc = 1;
+    QApplication qtApplication(qtArgc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tamber"));
+    QCoreApplication::setOrganizationName(QStringLiteral("tamber"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TAMBER_VERSION));
+    return Application(arguments).run();
+}

@@ -3,7 +3,7 @@
 namespace {
 HostObserver* currentObserver = nullptr;
 int depth = 0; // traced calls and suppress scopes currently open
-}
+} // namespace
 
 HostObserver::~HostObserver() = default;
 
@@ -21,9 +21,9 @@ HostObserver* observer()
 
 Call::Call(const char* name, const QVariantList& args)
 {
-    if (depth == 0 && currentObserver)
+    // Counted first, so that host calls made by the observer itself are not reported.
+    if (++depth == 1 && currentObserver)
         currentObserver->hostCall(QString::fromLatin1(name), args);
-    ++depth;
 }
 
 Call::~Call()

@@ -211,6 +211,7 @@ class BookmarkData : public QSharedData
 {
 public:
     qint64 key = 0;
+    int pageKey = 0;
     QString extraData;
     bool hidden = false;
     QString volumeId;
@@ -231,23 +232,91 @@ Bookmark::Bookmark(const Bookmark& other) = default;
 Bookmark& Bookmark::operator=(const Bookmark& other) = default;
 Bookmark::~Bookmark() = default;
 
-QString Bookmark::getExtraData() const { return d->extraData; }
-void Bookmark::setExtraData(const QString& extraData) { d->extraData = extraData; }
-bool Bookmark::isHidden() const { return d->hidden; }
-void Bookmark::setHidden(bool hidden) { d->hidden = hidden; }
-qint64 Bookmark::key() const { return d->key; }
-void Bookmark::setKey(qint64 key) { d->key = key; }
-QString Bookmark::getVolumeId() const { return d->volumeId; }
-void Bookmark::setVolumeId(const QString& volumeId) { d->volumeId = volumeId; }
-QString Bookmark::getContentId() const { return d->contentId; }
-void Bookmark::setContentId(const QString& contentId) { d->contentId = contentId; }
-QString Bookmark::getText() const { return d->text; }
-void Bookmark::setText(const QString& text) { d->text = text; }
-int Bookmark::getChapterIndex() const { return d->chapterIndex; }
-void Bookmark::setChapterIndex(int index) { d->chapterIndex = index; }
-int Bookmark::getOffset() const { return d->offset; }
-void Bookmark::setOffset(int offset) { d->offset = offset; }
-double Bookmark::getProgress() const { return d->progress; }
-void Bookmark::setProgress(double progress) { d->progress = progress; }
-QDateTime Bookmark::getDateCreated() const { return d->dateCreated; }
-void Bookmark::setDateCreated(const QDateTime& date) { d->dateCreated = date; }
+QString Bookmark::getExtraData() const
+{
+    return d->extraData;
+}
+void Bookmark::setExtraData(const QString& extraData)
+{
+    d->extraData = extraData;
+}
+bool Bookmark::isHidden() const
+{
+    return d->hidden;
+}
+void Bookmark::setHidden(bool hidden)
+{
+    d->hidden = hidden;
+}
+qint64 Bookmark::key() const
+{
+    return d->key;
+}
+void Bookmark::setKey(qint64 key)
+{
+    d->key = key;
+}
+int Bookmark::getPageKey() const
+{
+    return d->pageKey;
+}
+void Bookmark::setPageKey(int key)
+{
+    d->pageKey = key;
+}
+QString Bookmark::getVolumeId() const
+{
+    return d->volumeId;
+}
+void Bookmark::setVolumeId(const QString& volumeId)
+{
+    d->volumeId = volumeId;
+}
+QString Bookmark::getContentId() const
+{
+    return d->contentId;
+}
+void Bookmark::setContentId(const QString& contentId)
+{
+    d->contentId = contentId;
+}
+QString Bookmark::getText() const
+{
+    return d->text;
+}
+void Bookmark::setText(const QString& text)
+{
+    d->text = text;
+}
+int Bookmark::getChapterIndex() const
+{
+    return d->chapterIndex;
+}
+void Bookmark::setChapterIndex(int index)
+{
+    d->chapterIndex = index;
+}
+int Bookmark::getOffset() const
+{
+    return d->offset;
+}
+void Bookmark::setOffset(int offset)
+{
+    d->offset = offset;
+}
+double Bookmark::getProgress() const
+{
+    return d->progress;
+}
+void Bookmark::setProgress(double progress)
+{
+    d->progress = progress;
+}
+QDateTime Bookmark::getDateCreated() const
+{
+    return d->dateCreated;
+}
+void Bookmark::setDateCreated(const QDateTime& date)
+{
+    d->dateCreated = date;
+}

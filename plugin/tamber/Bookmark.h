@@ -33,6 +33,10 @@ public:
     qint64 key() const;
     void setKey(qint64 key);
 
+    // The key that addDogEar was given (a comic's page index).
+    int getPageKey() const;
+    void setPageKey(int key);
+
     QString getVolumeId() const;
     void setVolumeId(const QString& volumeId);
     QString getContentId() const;

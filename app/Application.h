@@ -1,0 +1,68 @@
+#ifndef APPLICATION_H
+#define APPLICATION_H
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class Command;
+class PluginLoader;
+
+// The tamber program around its commands: the global options, the library
+// file and the plug-in they name, the exit statuses, and where output goes
+// (results to standard output, messages for people to standard error).
+class Application
+{
+public:
+    enum ExitStatus {
+        Success = 0,
+        Failed = 1, // the command ran but failed for some input
+        UsageError = 2, // also a library or plug-in that cannot be opened
+    };
+
+    // Picks Qt's platform before QApplication exists: offscreen when the
+    // command shows no window and no display is available.
+    static void prepareEnvironment(const QStringList& arguments);
+
+    explicit Application(const QStringList& arguments);
+    ~Application();
+
+    int run();
+
+    // The library that --library, TAMBER_LIBRARY or the default location
+    // names. On failure the user has been told; exit with UsageError.
+    bool openLibrary();
+    // The plug-in that --plugin, TAMBER_PLUGIN or the default names, loaded
+    // on first use. Null after telling the user why; exit with UsageError.
+    PluginLoader* loadPlugin();
+
+    QString libraryPath() const;
+    QString pluginPath() const;
+
+    static void print(const QByteArray& bytes);
+    static void printLine(const QString& line);
+    // "tamber: message" on standard error.
+    static void warn(const QString& message);
+    // Tells the user what was wrong and where to find help; returns UsageError.
+    static int usageError(const QString& message, const Command* command = nullptr);
+
+    // The command word of a command line: the first argument that is neither
+    // an option nor the value of a global option.
+    static QString commandName(const QStringList& arguments);
+
+private:
+    int runCommand(const Command& command, const QStringList& arguments);
+    static QString help();
+    static QString commandHelp(const Command& command, const QString& optionsText);
+
+    QStringList m_arguments;
+    bool m_librarySet = false;
+    QString m_library;
+    bool m_pluginSet = false;
+    QString m_plugin;
+    std::unique_ptr<PluginLoader> m_loader;
+};
+
+#endif

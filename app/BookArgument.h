@@ -1,0 +1,15 @@
+#ifndef BOOKARGUMENT_H
+#define BOOKARGUMENT_H
+
+#include <QString>
+
+// The BOOK argument of the commands: a book id as stored (the path that was
+// imported), or a path that resolves to one, relative or through links.
+class BookArgument
+{
+public:
+    // The stored book's id, or an empty string when no stored book matches.
+    static QString resolve(const QString& argument);
+};
+
+#endif

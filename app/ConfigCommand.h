@@ -1,0 +1,17 @@
+#ifndef CONFIGCOMMAND_H
+#define CONFIGCOMMAND_H
+
+#include "Command.h"
+
+// config account-name [NAME]: shows or sets the host's settings.
+class ConfigCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

@@ -1,0 +1,71 @@
+#include "CoverCommand.h"
+
+#include "Application.h"
+#include "BookArgument.h"
+#include "HostTrace.h"
+#include "Library.h"
+#include "ParserHost.h"
+#include "PluginLoader.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QImageWriter>
+
+QString CoverCommand::name() const
+{
+    return QStringLiteral("cover");
+}
+
+QString CoverCommand::synopsis() const
+{
+    return QStringLiteral("BOOK -o FILE");
+}
+
+QString CoverCommand::summary() const
+{
+    return QStringLiteral("Writes a book's cover as PNG, or in the format of FILE's suffix");
+}
+
+void CoverCommand::addOptions(QCommandLineParser& parser) const
+{
+    parser.addOption(QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
+        QStringLiteral("The image file to write."), QStringLiteral("FILE")));
+    parser.addPositionalArgument(
+        QStringLiteral("BOOK"), QStringLiteral("A book id as stored, or the path of the book."));
+}
+
+int CoverCommand::run(Application& app, const QCommandLineParser& parser) const
+{
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() != 1)
+        return Application::usageError(QStringLiteral("cover needs one BOOK"), this);
+    const QString output = parser.value(QStringLiteral("output"));
+    if (output.isEmpty())
+        return Application::usageError(QStringLiteral("cover needs -o FILE"), this);
+    if (!app.openLibrary())
+        return Application::UsageError;
+    PluginLoader* loader = app.loadPlugin();
+    if (!loader)
+        return Application::UsageError;
+
+    const QString id = BookArgument::resolve(arguments.first());
+    if (id.isEmpty()) {
+        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
+        return Application::Failed;
+    }
+    const QImage cover = ParserHost(loader->plugin()).coverImage(Library::book(id));
+    if (cover.isNull()) {
+        Application::warn(QStringLiteral("%1: the plug-in gave no cover").arg(id));
+        return Application::Failed;
+    }
+
+    const QByteArray suffix = QFileInfo(output).suffix().toLower().toLatin1();
+    const QByteArray format
+        = QImageWriter::supportedImageFormats().contains(suffix) ? suffix : QByteArray("png");
+    QImageWriter writer(output, format);
+    if (!writer.write(cover)) {
+        Application::warn(QStringLiteral("%1: %2").arg(output, writer.errorString()));
+        return Application::Failed;
+    }
+    return Application::Success;
+}

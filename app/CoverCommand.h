@@ -1,0 +1,17 @@
+#ifndef COVERCOMMAND_H
+#define COVERCOMMAND_H
+
+#include "Command.h"
+
+// cover BOOK -o FILE: writes the cover image that the plug-in's parser returns.
+class CoverCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

@@ -1,0 +1,17 @@
+#ifndef IMPORTCOMMAND_H
+#define IMPORTCOMMAND_H
+
+#include "Command.h"
+
+// import PATH...: parses comic files into the library, one line per book.
+class ImportCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

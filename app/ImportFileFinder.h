@@ -1,0 +1,30 @@
+#ifndef IMPORTFILEFINDER_H
+#define IMPORTFILEFINDER_H
+
+#include <QRegularExpression>
+#include <QStringList>
+#include <QVector>
+
+// Finds the files that an import routes to the plug-in: those whose names
+// match one of its file patterns, case-insensitively. Folders are searched
+// recursively, skipping hidden files and folders.
+class ImportFileFinder
+{
+public:
+    explicit ImportFileFinder(const QStringList& patterns);
+
+    bool matches(const QString& fileName) const;
+
+    // Absolute paths of the files to import, each once, in the order given
+    // (a folder's files sorted by path). What cannot be imported (a missing
+    // path, a file of another type, a folder without matches) goes to problems
+    // as a message for people.
+    QStringList find(const QStringList& paths, QStringList* problems) const;
+
+private:
+    QStringList filesIn(const QString& folder) const;
+
+    QVector<QRegularExpression> m_patterns;
+};
+
+#endif

@@ -1,0 +1,72 @@
+#include "ListCommand.h"
+
+#include "Application.h"
+#include "Library.h"
+#include "ReadingStatus.h"
+#include "TraceJson.h"
+
+#include <QCommandLineParser>
+
+QString ListCommand::name() const
+{
+    return QStringLiteral("list");
+}
+
+QString ListCommand::synopsis() const
+{
+    return QStringLiteral("[--json]");
+}
+
+QString ListCommand::summary() const
+{
+    return QStringLiteral("Lists the books: id, title, author, pages, progress, reading status");
+}
+
+void ListCommand::addOptions(QCommandLineParser& parser) const
+{
+    parser.addOption(QCommandLineOption(
+        QStringLiteral("json"), QStringLiteral("Prints a JSON array of books.")));
+}
+
+int ListCommand::run(Application& app, const QCommandLineParser& parser) const
+{
+    if (!parser.positionalArguments().isEmpty())
+        return Application::usageError(QStringLiteral("list takes no arguments"), this);
+    if (!app.openLibrary())
+        return Application::UsageError;
+    const QList<Volume> books = Library::books();
+
+    if (parser.isSet(QStringLiteral("json"))) {
+        QVector<QByteArray> items;
+        for (const Volume& book : books)
+            items << TraceJson::volume(book);
+        Application::print(TraceJson::array(items) + '\n');
+        return Application::Success;
+    }
+
+    if (books.isEmpty())
+        return Application::Success;
+    QVector<QStringList> rows
+        = { { QStringLiteral("TITLE"), QStringLiteral("AUTHOR"), QStringLiteral("PAGES"),
+            QStringLiteral("READ"), QStringLiteral("STATUS"), QStringLiteral("ID") } };
+    for (const Volume& book : books)
+        rows << QStringList { book.getTitle(), book.attribute(ATTRIBUTE_ATTRIBUTION).toString(),
+            QString::number(book.pageCount()), QStringLiteral("%1%").arg(book.percentRead()),
+            ReadingStatus::name(book.readStatus()), book.getId() };
+    QVector<int> widths(rows.first().size(), 0);
+    for (const QStringList& row : rows) {
+        for (int column = 0; column < row.size(); ++column)
+            widths[column] = qMax(widths[column], row.at(column).size());
+    }
+    for (const QStringList& row : rows) {
+        QStringList cells;
+        for (int column = 0; column < row.size(); ++column) {
+            const bool isNumber = column == 2 || column == 3;
+            const bool isLast = column == row.size() - 1;
+            cells << (isNumber ? row.at(column).rightJustified(widths[column])
+                               : row.at(column).leftJustified(isLast ? 0 : widths[column]));
+        }
+        Application::printLine(cells.join(QStringLiteral("  ")));
+    }
+    return Application::Success;
+}

@@ -1,0 +1,17 @@
+#ifndef LISTCOMMAND_H
+#define LISTCOMMAND_H
+
+#include "Command.h"
+
+// list [--json]: the books of the library.
+class ListCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

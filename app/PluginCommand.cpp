@@ -1,0 +1,64 @@
+#include "PluginCommand.h"
+
+#include "Application.h"
+#include "PluginInterface.h"
+#include "PluginLoader.h"
+#include "TraceJson.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+QString PluginCommand::name() const
+{
+    return QStringLiteral("plugin");
+}
+
+QString PluginCommand::synopsis() const
+{
+    return QStringLiteral("[--json]");
+}
+
+QString PluginCommand::summary() const
+{
+    return QStringLiteral("Loads the plug-in and shows its verification text and file types");
+}
+
+void PluginCommand::addOptions(QCommandLineParser& parser) const
+{
+    parser.addOption(QCommandLineOption(QStringLiteral("json"),
+        QStringLiteral("Prints {\"file\", \"verification\", \"mimeTypes\", \"fileExtensions\"}.")));
+}
+
+int PluginCommand::run(Application& app, const QCommandLineParser& parser) const
+{
+    if (!parser.positionalArguments().isEmpty())
+        return Application::usageError(QStringLiteral("plugin takes no arguments"), this);
+    PluginLoader* loader = app.loadPlugin();
+    if (!loader)
+        return Application::UsageError;
+
+    const QString file = QFileInfo(loader->fileName()).absoluteFilePath();
+    const QString verification = QString::fromLatin1(loader->verificationText());
+    const QStringList mimeTypes = loader->plugin()->mimeTypes();
+    const QStringList patterns = loader->plugin()->fileExtensions();
+
+    if (parser.isSet(QStringLiteral("json"))) {
+        Application::print(TraceJson::object({ { QStringLiteral("file"), TraceJson::string(file) },
+                               { QStringLiteral("verification"), TraceJson::string(verification) },
+                               { QStringLiteral("mimeTypes"), TraceJson::strings(mimeTypes) },
+                               { QStringLiteral("fileExtensions"), TraceJson::strings(patterns) } })
+            + '\n');
+        return Application::Success;
+    }
+
+    const QString indent(15, QLatin1Char(' '));
+    Application::printLine(QStringLiteral("file:          %1").arg(file));
+    Application::printLine(
+        QStringLiteral("verification:  %1")
+            .arg(verification.split(QLatin1Char('\n')).join(QLatin1Char('\n') + indent)));
+    Application::printLine(
+        QStringLiteral("MIME types:    %1").arg(mimeTypes.join(QLatin1Char(' '))));
+    Application::printLine(
+        QStringLiteral("file patterns: %1").arg(patterns.join(QLatin1Char(' '))));
+    return Application::Success;
+}

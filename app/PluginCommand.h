@@ -1,0 +1,17 @@
+#ifndef PLUGINCOMMAND_H
+#define PLUGINCOMMAND_H
+
+#include "Command.h"
+
+// plugin [--json]: the loaded plug-in, its verification text and file types.
+class PluginCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

@@ -1,0 +1,89 @@
+#include "ShowCommand.h"
+
+#include "Application.h"
+#include "BookArgument.h"
+#include "Library.h"
+#include "ReadingStatus.h"
+#include "TraceJson.h"
+
+#include <QCommandLineParser>
+
+QString ShowCommand::name() const
+{
+    return QStringLiteral("show");
+}
+
+QString ShowCommand::synopsis() const
+{
+    return QStringLiteral("BOOK [--json]");
+}
+
+QString ShowCommand::summary() const
+{
+    return QStringLiteral("Shows a book's record and its page records in reading order");
+}
+
+void ShowCommand::addOptions(QCommandLineParser& parser) const
+{
+    parser.addOption(QCommandLineOption(QStringLiteral("json"),
+        QStringLiteral("Prints {\"volume\": BOOK, \"pages\": [PAGE, ...]} as JSON.")));
+    parser.addPositionalArgument(
+        QStringLiteral("BOOK"), QStringLiteral("A book id as stored, or the path of the book."));
+}
+
+int ShowCommand::run(Application& app, const QCommandLineParser& parser) const
+{
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() != 1)
+        return Application::usageError(QStringLiteral("show needs one BOOK"), this);
+    if (!app.openLibrary())
+        return Application::UsageError;
+    const QString id = BookArgument::resolve(arguments.first());
+    if (id.isEmpty()) {
+        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
+        return Application::Failed;
+    }
+    const Volume book = Library::book(id);
+    const QVector<Pagelet> pages = Library::pages(id);
+
+    if (parser.isSet(QStringLiteral("json"))) {
+        QVector<QByteArray> items;
+        for (const Pagelet& page : pages)
+            items << TraceJson::pagelet(page);
+        Application::print(
+            TraceJson::object({ { QStringLiteral("volume"), TraceJson::volume(book) },
+                { QStringLiteral("pages"), TraceJson::array(items) } })
+            + '\n');
+        return Application::Success;
+    }
+
+    const QDateTime date = book.attribute(ATTRIBUTE_DATE).toDateTime();
+    const QList<QPair<QString, QString>> fields = {
+        { QStringLiteral("id"), book.getId() },
+        { QStringLiteral("title"), book.getTitle() },
+        { QStringLiteral("author"), book.attribute(ATTRIBUTE_ATTRIBUTION).toString() },
+        { QStringLiteral("description"), book.attribute(ATTRIBUTE_DESCRIPTION).toString() },
+        { QStringLiteral("MIME type"), book.attribute(ATTRIBUTE_MIME_TYPE).toString() },
+        { QStringLiteral("date"),
+            date.isValid() ? date.toLocalTime().toString(Qt::ISODate) : QString() },
+        { QStringLiteral("content type"), book.getContentType() },
+        { QStringLiteral("user id"), book.getUserID() },
+        { QStringLiteral("image id"), book.getImageId() },
+        { QStringLiteral("pages"), QString::number(book.pageCount()) },
+        { QStringLiteral("status"), ReadingStatus::name(book.readStatus()) },
+        { QStringLiteral("read"), QStringLiteral("%1%").arg(book.percentRead()) },
+        { QStringLiteral("bookmark"), book.bookmarkedPageId() },
+    };
+    for (const auto& field : fields)
+        Application::printLine(QStringLiteral("%1 %2")
+                                   .arg(field.first + QLatin1Char(':'), -14)
+                                   .arg(field.second)
+                                   .trimmed());
+    Application::printLine(QString());
+    const int width = QString::number(pages.size()).size();
+    for (const Pagelet& page : pages)
+        Application::printLine(QStringLiteral("%1  %2  %3")
+                                   .arg(page.getVolumeIndex(), width)
+                                   .arg(page.getTitle(), page.getId()));
+    return Application::Success;
+}

@@ -1,0 +1,473 @@
+// The host's library file and the stores behind it.
+
+#include "DogEarManager.h"
+#include "Library.h"
+#include "PageletManager.h"
+#include "TraceJson.h"
+#include "VolumeManager.h"
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <functional>
+
+using Preparation = std::function<QString(const QString&)>;
+Q_DECLARE_METATYPE(Preparation)
+
+namespace {
+
+const QString bookId = QStringLiteral("/mnt/onboard/comics/Book.cbz");
+
+Volume makeVolume(const QString& id, int pageCount)
+{
+    Volume volume;
+    volume.setId(id);
+    volume.setPageCount(pageCount);
+    volume.setContentType(QStringLiteral("6"));
+    volume.setAttribute(ATTRIBUTE_TITLE, QFileInfo(id).completeBaseName());
+    volume.setAttribute(ATTRIBUTE_DESCRIPTION, QString());
+    volume.setAttribute(ATTRIBUTE_ATTRIBUTION, QStringLiteral("Ann"));
+    volume.setAttribute(ATTRIBUTE_MIME_TYPE, QStringLiteral("application/x-cbz"));
+    volume.setAttribute(ATTRIBUTE_DATE, QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7, 89), Qt::UTC));
+    volume.setUserID(QStringLiteral("cbz_user"));
+    volume.setImageId(QStringLiteral("_mnt_onboard_comics_Book_cbz"));
+    return volume;
+}
+
+Pagelet makePage(const QString& bookId, int index)
+{
+    Pagelet page;
+    page.setId(QStringLiteral("%1/p%2.jpg").arg(bookId).arg(index));
+    page.setContentType(QStringLiteral("9"));
+    page.setVolumeIndex(index);
+    page.setBookId(bookId);
+    page.setTitle(QStringLiteral("Page %1").arg(index + 1));
+    page.setAttribute(ATTRIBUTE_MIME_TYPE, QStringLiteral("application/x-cbz"));
+    page.setUserID(QStringLiteral("cbz_user"));
+    return page;
+}
+
+QVector<Pagelet> makePages(const QString& bookId, int count)
+{
+    QVector<Pagelet> pages;
+    for (int i = 0; i < count; ++i)
+        pages << makePage(bookId, i);
+    return pages;
+}
+
+QByteArray pagesJson(const QVector<Pagelet>& pages)
+{
+    QVector<QByteArray> items;
+    for (const Pagelet& page : pages)
+        items << TraceJson::pagelet(page);
+    return TraceJson::array(items);
+}
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void addDogEar(int page)
+{
+    DogEarManager::sharedInstance()->addDogEar(page, bookId + QStringLiteral("/p.jpg"), bookId,
+        QString(), page, 0, QString::number(page), 0.0, QDateTime::currentDateTimeUtc());
+}
+
+QStringList extraData(const QList<Bookmark>& bookmarks)
+{
+    QStringList result;
+    for (const Bookmark& bookmark : bookmarks)
+        result << bookmark.getExtraData();
+    return result;
+}
+
+// Answers the dog-ear manager's key question as a comic's view does: the
+// page index written in the extra data.
+void answerKeysFromExtraData()
+{
+    QObject::connect(DogEarManager::sharedInstance(), &DogEarManager::getDogEarKey,
+        DogEarManager::sharedInstance(),
+        [](int& key, const Bookmark& dogEar) { key = dogEar.getExtraData().toInt(); });
+}
+
+} // namespace
+
+class TestLibrary : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void booksSurviveClosingAndReopening();
+    void absentAttributesStayAbsent();
+    void pagesComeInReadingOrder();
+    void importReplacesRecordsButKeepsReadingState();
+    void completedWritesSurviveAKilledHost();
+    void refusesFilesThatAreNotLibraries_data();
+    void refusesFilesThatAreNotLibraries();
+    void adoptsAnEmptyFile();
+    void readingPositionAndStatusRoundTrip();
+    void dogEarsKeepAllTheirFields();
+    void dogEarTablesAreKeptPerBook();
+    void removeDogEarByKeyAsksTheReceivers_data();
+    void removeDogEarByKeyAsksTheReceivers();
+    void removeDogEarByRecordRemovesThatRecord();
+    void storesFailSilentlyWithoutALibrary();
+
+private:
+    QString libraryPath() const { return m_dir->filePath(QStringLiteral("library.sqlite")); }
+    void reopen();
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+};
+
+void TestLibrary::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QString error;
+    QVERIFY2(Library::open(libraryPath(), &error), qPrintable(error));
+}
+
+void TestLibrary::cleanup()
+{
+    Library::close();
+    DogEarManager::sharedInstance()->disconnect();
+    DogEarManager::sharedInstance()->createTable(QString(), false);
+    m_dir.reset();
+}
+
+void TestLibrary::reopen()
+{
+    Library::close();
+    QVERIFY(!Library::isOpen());
+    QString error;
+    QVERIFY2(Library::open(libraryPath(), &error), qPrintable(error));
+}
+
+void TestLibrary::booksSurviveClosingAndReopening()
+{
+    const Volume volume = makeVolume(bookId, 3);
+    QVERIFY(Library::storeBook(volume, makePages(bookId, 3)));
+    reopen();
+
+    const Volume stored = VolumeManager::getById(bookId, QString());
+    QCOMPARE(TraceJson::volume(stored), TraceJson::volume(volume));
+    // The view reads the title field, the parser writes the attribute.
+    QCOMPARE(stored.getTitle(), QStringLiteral("Book"));
+    QCOMPARE(pagesJson(PageletManager::retrieveByBookId(bookId, QString())),
+        pagesJson(makePages(bookId, 3)));
+    QCOMPARE(Library::books().size(), 1);
+}
+
+void TestLibrary::absentAttributesStayAbsent()
+{
+    Volume bare;
+    bare.setId(bookId);
+    QVERIFY(Library::storeBook(bare, {}));
+    const Volume stored = Library::book(bookId);
+    QVERIFY(!stored.attribute(ATTRIBUTE_DESCRIPTION).isValid());
+    QVERIFY(!stored.attribute(ATTRIBUTE_DATE).isValid());
+    // ... while an empty one stays empty: the parser's description is "".
+    QVERIFY(Library::storeBook(makeVolume(bookId, 0), {}));
+    QCOMPARE(Library::book(bookId).attribute(ATTRIBUTE_DESCRIPTION), QVariant(QString()));
+    QVERIFY(Library::book(QStringLiteral("/unknown.cbz")).getId().isEmpty());
+}
+
+void TestLibrary::pagesComeInReadingOrder()
+{
+    QVector<Pagelet> pages = makePages(bookId, 4);
+    std::reverse(pages.begin(), pages.end());
+    QVERIFY(Library::storeBook(makeVolume(bookId, 4), pages));
+    QVERIFY(Library::storeBook(
+        makeVolume(QStringLiteral("/other.cbz"), 2), makePages(QStringLiteral("/other.cbz"), 2)));
+
+    const QVector<Pagelet> stored = Library::pages(bookId);
+    QCOMPARE(stored.size(), 4);
+    for (int i = 0; i < stored.size(); ++i)
+        QCOMPARE(stored.at(i).getVolumeIndex(), i);
+}
+
+void TestLibrary::importReplacesRecordsButKeepsReadingState()
+{
+    QVERIFY(Library::storeBook(makeVolume(bookId, 5), makePages(bookId, 5)));
+    VolumeManager::updateBookmark(
+        bookId, bookId + QStringLiteral("/p2.jpg"), 0, 0, 40, QDateTime::currentDateTimeUtc(), {});
+    VolumeManager::updateReadingStatus(bookId, 1, QString());
+
+    Volume again = makeVolume(bookId, 3);
+    again.setAttribute(ATTRIBUTE_TITLE, QStringLiteral("Renamed"));
+    QVERIFY(Library::storeBook(again, makePages(bookId, 3)));
+
+    QCOMPARE(Library::books().size(), 1);
+    QCOMPARE(Library::pages(bookId).size(), 3);
+    const Volume stored = Library::book(bookId);
+    QCOMPARE(stored.getTitle(), QStringLiteral("Renamed"));
+    QCOMPARE(stored.pageCount(), 3);
+    QCOMPARE(stored.percentRead(), 40);
+    QCOMPARE(stored.readStatus(), 1);
+}
+
+void TestLibrary::completedWritesSurviveAKilledHost()
+{
+    QVERIFY(Library::storeBook(makeVolume(bookId, 2), makePages(bookId, 2)));
+    VolumeManager::updateReadingStatus(bookId, 2, QString());
+
+    // The files as a killed host leaves them: the connection never closed, so
+    // the last writes may live only in the journal beside the file.
+    QTemporaryDir copy;
+    for (const char* suffix : { "", "-wal", "-shm" }) {
+        const QString from = libraryPath() + QLatin1String(suffix);
+        if (QFile::exists(from))
+            QVERIFY(QFile::copy(from, copy.filePath(QStringLiteral("library.sqlite")) + suffix));
+    }
+    Library::close();
+
+    QVERIFY(Library::open(copy.filePath(QStringLiteral("library.sqlite"))));
+    QCOMPARE(Library::pages(bookId).size(), 2);
+    QVERIFY(Library::book(bookId).isFinished());
+}
+
+void TestLibrary::refusesFilesThatAreNotLibraries_data()
+{
+    QTest::addColumn<Preparation>("prepare");
+    QTest::addColumn<QString>("reason");
+
+    // Each preparation gets a fresh folder and returns the path to open.
+    QTest::newRow("a folder") << Preparation([](const QString& dir) {
+        QDir(dir).mkdir(QStringLiteral("folder"));
+        return dir + QStringLiteral("/folder");
+    }) << "is a folder";
+    QTest::newRow("a text file") << Preparation([](const QString& dir) {
+        QFile file(dir + QStringLiteral("/notes.txt"));
+        file.open(QIODevice::WriteOnly);
+        file.write(QByteArray("These are not the books you are looking for.\n").repeated(4));
+        return file.fileName();
+    }) << "not a SQLite file";
+    QTest::newRow("another program's SQLite file") << Preparation([](const QString& dir) {
+        const QString path = dir + QStringLiteral("/other.db");
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "other");
+            db.setDatabaseName(path);
+            db.open();
+            QSqlQuery(db).exec(QStringLiteral("CREATE TABLE notes (text TEXT)"));
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("other"));
+        return path;
+    }) << "another program";
+    QTest::newRow("a library of a newer schema") << Preparation([](const QString& dir) {
+        const QString path = dir + QStringLiteral("/newer.sqlite");
+        Library::open(path);
+        Library::close();
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "newer");
+            db.setDatabaseName(path);
+            db.open();
+            QSqlQuery(db).exec(QStringLiteral("PRAGMA user_version = 99"));
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("newer"));
+        return path;
+    }) << "newer";
+    QTest::newRow("a read-only library") << Preparation([](const QString& dir) {
+        const QString path = dir + QStringLiteral("/read-only.sqlite");
+        Library::open(path);
+        Library::storeBook(makeVolume(bookId, 1), makePages(bookId, 1));
+        Library::close();
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+        return path;
+    }) << "read-only";
+    QTest::newRow("a library in a read-only folder") << Preparation([](const QString& dir) {
+        QDir(dir).mkdir(QStringLiteral("locked"));
+        const QString path = dir + QStringLiteral("/locked/library.sqlite");
+        Library::open(path);
+        Library::close();
+        QFile::setPermissions(dir + QStringLiteral("/locked"),
+            QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
+        return path;
+    }) << "read-only";
+}
+
+void TestLibrary::refusesFilesThatAreNotLibraries()
+{
+    QFETCH(Preparation, prepare);
+    QFETCH(QString, reason);
+
+    Library::close();
+    QTemporaryDir dir;
+    const QString path = prepare(dir.path());
+    const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    const QByteArray bytes = contents(path);
+
+    QString error;
+    QVERIFY(!Library::open(path, &error));
+    QVERIFY(!Library::isOpen());
+    QVERIFY2(error.contains(reason), qPrintable(error));
+    QVERIFY2(error.contains(path), qPrintable(error));
+    QCOMPARE(contents(path), bytes);
+    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+
+    QFile::setPermissions(
+        QFileInfo(path).absolutePath(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+void TestLibrary::adoptsAnEmptyFile()
+{
+    Library::close();
+    QFile empty(m_dir->filePath(QStringLiteral("empty.sqlite")));
+    QVERIFY(empty.open(QIODevice::WriteOnly));
+    empty.close();
+    QString error;
+    QVERIFY2(Library::open(empty.fileName(), &error), qPrintable(error));
+    QVERIFY(Library::storeBook(makeVolume(bookId, 1), makePages(bookId, 1)));
+}
+
+void TestLibrary::readingPositionAndStatusRoundTrip()
+{
+    QVERIFY(Library::storeBook(makeVolume(bookId, 10), makePages(bookId, 10)));
+    const QString pageId = bookId + QStringLiteral("/p4.jpg");
+    VolumeManager::updateBookmark(bookId, pageId, 0, 0, 40, QDateTime::currentDateTimeUtc(), {});
+    VolumeManager::updateReadingStatus(bookId, 2, QString());
+    // An unknown book gets no record of its own.
+    VolumeManager::updateReadingStatus(QStringLiteral("/unknown.cbz"), 1, QString());
+    reopen();
+
+    const Volume stored = VolumeManager::getById(bookId, QString());
+    QCOMPARE(stored.bookmarkedPageId(), pageId);
+    QCOMPARE(stored.percentRead(), 40);
+    QCOMPARE(stored.readStatus(), 2);
+    QVERIFY(stored.isFinished());
+    QCOMPARE(Library::books().size(), 1);
+}
+
+void TestLibrary::dogEarsKeepAllTheirFields()
+{
+    DogEarManager* manager = DogEarManager::sharedInstance();
+    manager->createTable(bookId, true);
+    QVERIFY(manager->isTableValid());
+    const QDateTime date(QDate(2026, 11, 21), QTime(9, 30, 0, 125), Qt::UTC);
+    manager->addDogEar(7, bookId + QStringLiteral("/p7.jpg"), QStringLiteral("/volume"),
+        QStringLiteral("text"), 6, 3, QStringLiteral("7"), 0.5, date);
+    reopen();
+    manager->createTable(bookId, true);
+
+    const QList<Bookmark> bookmarks = manager->getBookmarks();
+    QCOMPARE(bookmarks.size(), 1);
+    const Bookmark& dogEar = bookmarks.first();
+    QVERIFY(dogEar.key() != 0);
+    QCOMPARE(dogEar.getPageKey(), 7);
+    QCOMPARE(dogEar.getContentId(), bookId + QStringLiteral("/p7.jpg"));
+    QCOMPARE(dogEar.getVolumeId(), QStringLiteral("/volume"));
+    QCOMPARE(dogEar.getText(), QStringLiteral("text"));
+    QCOMPARE(dogEar.getChapterIndex(), 6);
+    QCOMPARE(dogEar.getOffset(), 3);
+    QCOMPARE(dogEar.getExtraData(), QStringLiteral("7"));
+    QCOMPARE(dogEar.getProgress(), 0.5);
+    QCOMPARE(dogEar.getDateCreated(), date);
+    QVERIFY(!dogEar.isHidden());
+}
+
+void TestLibrary::dogEarTablesAreKeptPerBook()
+{
+    DogEarManager* manager = DogEarManager::sharedInstance();
+    manager->createTable(bookId, true);
+    addDogEar(1);
+    addDogEar(2);
+    manager->createTable(QStringLiteral("/other.cbz"), true);
+    QVERIFY(manager->getBookmarks().isEmpty());
+    addDogEar(9);
+
+    manager->createTable(bookId, false);
+    QCOMPARE(extraData(manager->getBookmarks()), QStringList({ "1", "2" }));
+    // An image shown without a book has no table.
+    manager->createTable(QString(), true);
+    QVERIFY(!manager->isTableValid());
+    addDogEar(3);
+    QCOMPARE(extraData(Library::dogEars(bookId)), QStringList({ "1", "2" }));
+}
+
+void TestLibrary::removeDogEarByKeyAsksTheReceivers_data()
+{
+    QTest::addColumn<QStringList>("dogEars");
+    QTest::addColumn<bool>("answering");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QStringList>("left");
+
+    const QStringList three = { "3", "5", "8" };
+    QTest::newRow("the dog ear with that key goes")
+        << three << true << 5 << QStringList({ "3", "8" });
+    QTest::newRow("every dog ear with that key goes")
+        << QStringList({ "3", "5", "5", "8" }) << true << 5 << QStringList({ "3", "8" });
+    QTest::newRow("no dog ear with that key") << three << true << 4 << three;
+    QTest::newRow("extra data that is no number has key 0")
+        << QStringList({ "abc", "1" }) << true << 0 << QStringList({ "1" });
+    QTest::newRow("without receivers nothing goes") << three << false << 5 << three;
+    QTest::newRow("key 0 without receivers removes nothing")
+        << QStringList({ "0" }) << false << 0 << QStringList({ "0" });
+}
+
+void TestLibrary::removeDogEarByKeyAsksTheReceivers()
+{
+    QFETCH(QStringList, dogEars);
+    QFETCH(bool, answering);
+    QFETCH(int, key);
+    QFETCH(QStringList, left);
+
+    DogEarManager* manager = DogEarManager::sharedInstance();
+    manager->createTable(bookId, true);
+    for (const QString& extra : dogEars)
+        manager->addDogEar(0, QString(), bookId, QString(), 0, 0, extra, 0.0, QDateTime());
+    if (answering)
+        answerKeysFromExtraData();
+
+    manager->removeDogEar(key);
+    QCOMPARE(extraData(manager->getBookmarks()), left);
+}
+
+void TestLibrary::removeDogEarByRecordRemovesThatRecord()
+{
+    DogEarManager* manager = DogEarManager::sharedInstance();
+    manager->createTable(bookId, true);
+    addDogEar(1);
+    addDogEar(2);
+    addDogEar(2);
+
+    Bookmark second = manager->getBookmarks().at(1);
+    manager->removeDogEar(second);
+    const QList<Bookmark> left = manager->getBookmarks();
+    QCOMPARE(extraData(left), QStringList({ "1", "2" }));
+    QVERIFY(left.at(1).key() != second.key());
+    // A bookmark that was never stored names no record.
+    Bookmark unstored;
+    unstored.setExtraData(QStringLiteral("1"));
+    manager->removeDogEar(unstored);
+    QCOMPARE(manager->getBookmarks().size(), 2);
+}
+
+void TestLibrary::storesFailSilentlyWithoutALibrary()
+{
+    QVERIFY(Library::storeBook(makeVolume(bookId, 1), makePages(bookId, 1)));
+    DogEarManager* manager = DogEarManager::sharedInstance();
+    manager->createTable(bookId, true);
+    addDogEar(0);
+    Library::close();
+
+    QVERIFY(VolumeManager::getById(bookId, QString()).getId().isEmpty());
+    QVERIFY(PageletManager::retrieveByBookId(bookId, QString()).isEmpty());
+    QVERIFY(!manager->isTableValid());
+    QVERIFY(manager->getBookmarks().isEmpty());
+    addDogEar(1);
+    answerKeysFromExtraData();
+    manager->removeDogEar(0);
+    QVERIFY(!Library::storeBook(makeVolume(bookId, 1), {}));
+}
+
+QTEST_GUILESS_MAIN(TestLibrary)
+#include "tst_library.moc"
