@@ -80,4 +80,117 @@ QByteArray encode(const QImage& image, const char* format)
     return bytes;
 }
 
+namespace {
+
+quint32 crc32(const QByteArray& bytes)
+{
+    quint32 crc = 0xffffffff;
+    for (const char byte : bytes) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xedb88320 & (0u - (crc & 1)));
+    }
+    return ~crc;
+}
+
+QByteArray littleEndian32(quint32 value)
+{
+    QByteArray bytes;
+    for (int i = 0; i < 4; ++i)
+        bytes += char((value >> (8 * i)) & 0xff);
+    return bytes;
+}
+
+// RAR 5's variable-length integer: seven bits a byte, low bits first.
+QByteArray vint(quint64 value)
+{
+    QByteArray bytes;
+    do {
+        char byte = char(value & 0x7f);
+        value >>= 7;
+        if (value)
+            byte = char(byte | 0x80);
+        bytes += byte;
+    } while (value);
+    return bytes;
+}
+
+// A header block: CRC32 of what follows it, the size, then the fields.
+QByteArray rarBlock(const QByteArray& fields)
+{
+    const QByteArray sized = vint(quint64(fields.size())) + fields;
+    return littleEndian32(crc32(sized)) + sized;
+}
+
+} // namespace
+
+bool writeRar(const QString& path, const QList<ZipEntry>& entries)
+{
+    enum { mainHeader = 1, fileHeader = 2, endHeader = 5 };
+    enum { hasDataArea = 0x0002, hasCrc = 0x0004, unixHost = 1, regularFile = 0100644 };
+
+    QByteArray rar("Rar!\x1a\x07\x01\x00", 8);
+    rar += rarBlock(vint(mainHeader) + vint(0) + vint(0));
+    for (const ZipEntry& entry : entries) {
+        const QByteArray& data = entry.second;
+        const QByteArray fields = vint(fileHeader) + vint(hasDataArea) + vint(quint64(data.size()))
+            + vint(hasCrc) + vint(quint64(data.size())) + vint(regularFile)
+            + littleEndian32(crc32(data)) + vint(0) /* stored */ + vint(unixHost)
+            + vint(quint64(entry.first.size())) + entry.first;
+        rar += rarBlock(fields) + data;
+    }
+    rar += rarBlock(vint(endHeader) + vint(0) + vint(0));
+
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(rar) == rar.size();
+}
+
+QByteArray pngHeaderOnly(const QSize& size)
+{
+    auto bigEndian32 = [](quint32 value) {
+        QByteArray bytes;
+        for (int i = 3; i >= 0; --i)
+            bytes += char((value >> (8 * i)) & 0xff);
+        return bytes;
+    };
+    auto chunk = [&](const QByteArray& type, const QByteArray& data) {
+        return bigEndian32(quint32(data.size())) + type + data + bigEndian32(crc32(type + data));
+    };
+    const QByteArray header = bigEndian32(quint32(size.width())) + bigEndian32(quint32(size.height()))
+        + QByteArray("\x01\x00\x00\x00\x00", 5); // 1 bit, greyscale, no interlace
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header)
+        + chunk("IDAT", QByteArray("\x78\x9c", 2));
+}
+
+namespace {
+
+QStringList& loggedLines()
+{
+    static QStringList lines;
+    return lines;
+}
+
+void logLine(QtMsgType, const QMessageLogContext&, const QString& message)
+{
+    loggedLines() << message;
+}
+
+} // namespace
+
+MessageLog::MessageLog()
+{
+    loggedLines().clear();
+    previous = qInstallMessageHandler(logLine);
+}
+
+MessageLog::~MessageLog()
+{
+    qInstallMessageHandler(previous);
+}
+
+QStringList MessageLog::lines() const
+{
+    return loggedLines();
+}
+
 } // namespace TestSupport

@@ -6,7 +6,10 @@
 #include <QImage>
 #include <QList>
 #include <QPair>
+#include <QSize>
 #include <QString>
+#include <QStringList>
+#include <QtGlobal>
 
 namespace TestSupport {
 
@@ -27,6 +30,32 @@ bool writeZip(const QString& path, const QList<ZipEntry>& entries);
 // placement can be checked on pixels.
 QImage makePage(int width, int height, const QColor& ink = Qt::black);
 QByteArray encode(const QImage& image, const char* format);
+
+// A RAR 5 archive of stored (uncompressed) files, written by hand so that
+// tests can give any entry names: RAR 5 names are UTF-8 bytes, duplicates
+// allowed. Returns false if the file could not be written.
+bool writeRar(const QString& path, const QList<ZipEntry>& entries);
+
+// The start of a one-bit greyscale PNG: its header claims the given size, its
+// pixel data is cut off, so it reports the size but never decodes.
+QByteArray pngHeaderOnly(const QSize& size);
+
+// Collects the debug, warning and info lines written while it lives, so that
+// tests can check for a line and for the absence of any.
+class MessageLog
+{
+public:
+    MessageLog();
+    ~MessageLog();
+
+    QStringList lines() const;
+
+    MessageLog(const MessageLog&) = delete;
+    MessageLog& operator=(const MessageLog&) = delete;
+
+private:
+    QtMessageHandler previous;
+};
 
 } // namespace TestSupport
 

@@ -1,0 +1,78 @@
+#include "ComicZipArchive.h"
+
+#include <QDebug>
+
+#include <limits>
+#include <zip.h>
+
+namespace {
+
+// Leaves room for QByteArray's own header within its int-sized allocation.
+const zip_uint64_t largestEntry = std::numeric_limits<int>::max() - 64;
+
+} // namespace
+
+ComicZipArchive::ComicZipArchive(const QString& path)
+    : ComicArchive(path)
+    , archive(nullptr)
+{
+    QString cleanPath = path;
+    cleanPath.remove(QStringLiteral("file://"));
+
+    int error = 0;
+    archive = zip_open(cleanPath.toUtf8().constData(), 0, &error);
+    if (error != 0)
+        qDebug() << "ZIP OPEN ERROR: " << error;
+}
+
+ComicZipArchive::~ComicZipArchive()
+{
+    if (archive)
+        zip_close(archive);
+}
+
+QStringList ComicZipArchive::files()
+{
+    QStringList names;
+    const zip_int64_t count = archive ? zip_get_num_entries(archive, 0) : 0;
+    for (zip_int64_t index = 0; index < count; ++index) {
+        zip_stat_t stat;
+        zip_stat_init(&stat);
+        zip_stat_index(archive, zip_uint64_t(index), 0, &stat);
+        names << QString::fromLatin1(stat.name);
+    }
+    return names;
+}
+
+QByteArray ComicZipArchive::raw(const QString& name)
+{
+    const QByteArray entryName = name.toLatin1();
+    const zip_int64_t index = archive ? zip_name_locate(archive, entryName.constData(), 0) : -1;
+
+    zip_stat_t stat;
+    zip_stat_init(&stat);
+    if (index >= 0)
+        zip_stat_index(archive, zip_uint64_t(index), 0, &stat);
+
+    QByteArray bytes;
+    zip_int64_t count = -1;
+    if (index >= 0 && stat.size <= largestEntry) {
+        bytes = QByteArray(int(stat.size), '\0');
+        if (zip_file_t* file = zip_fopen_index(archive, zip_uint64_t(index), 0)) {
+            count = zip_fread(file, bytes.data(), stat.size);
+            zip_fclose(file);
+        }
+    }
+    if (count < 1) {
+        qDebug() << "WHAT'S THE DEAL?  I GET LENGTH OF " << count << " for filename "
+                 << QString::fromLatin1(entryName);
+    }
+    return bytes;
+}
+
+QImage ComicZipArchive::data(const QString& name)
+{
+    QImage image;
+    image.loadFromData(raw(name));
+    return image;
+}

@@ -1,0 +1,60 @@
+#include "NullArchive.h"
+
+#include <QDebug>
+#include <QImageReader>
+
+namespace {
+
+const qint32 pixelBudget = 4096 * 4096;
+const double shrinkFactor = 0.75;
+
+// Deliberately a 32-bit product that wraps: a size whose product wraps to
+// within the budget is decoded unbounded.
+qint32 pixelCount(int width, int height)
+{
+    return qint32(quint32(width) * quint32(height));
+}
+
+} // namespace
+
+NullArchive::NullArchive(const QString& path)
+    : ComicArchive(path)
+    , path(path)
+{
+}
+
+NullArchive::~NullArchive() = default;
+
+QStringList NullArchive::files()
+{
+    return QStringList(path);
+}
+
+QImage NullArchive::data(const QString& name)
+{
+    QImageReader reader(name, QByteArray());
+    const QSize size = reader.size();
+    int width = size.width();
+    int height = size.height();
+
+    if (width >= 0 && height >= 0 && pixelCount(width, height) > pixelBudget) {
+        // Each side shrinks on its own, so the aspect ratio is only roughly kept.
+        do {
+            width = int(width * shrinkFactor);
+            height = int(height * shrinkFactor);
+        } while (pixelCount(width, height) > pixelBudget);
+
+        if (!reader.supportsOption(QImageIOHandler::ScaledSize)) {
+            qDebug() << "Image too big and scaling not supported, bailing!";
+            return QImage();
+        }
+        const QSize scaledSize(width, height);
+        qDebug() << "Image too big, scaling to" << scaledSize;
+        reader.setScaledSize(scaledSize);
+    }
+
+    const QImage image = reader.read();
+    if (image.isNull())
+        qDebug() << "Image load error:" << reader.errorString();
+    return image;
+}

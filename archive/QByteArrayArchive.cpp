@@ -1,0 +1,22 @@
+#include "QByteArrayArchive.h"
+
+#include <QDebug>
+
+QByteArrayArchive::QByteArrayArchive(const QByteArray& bytes)
+    : ComicArchive(QString())
+    , image(QImage::fromData(bytes))
+{
+    qDebug() << "IMAGE VALID: " << !image.isNull();
+}
+
+QByteArrayArchive::~QByteArrayArchive() = default;
+
+QStringList QByteArrayArchive::files()
+{
+    return QStringList(QString());
+}
+
+QImage QByteArrayArchive::data(const QString&)
+{
+    return image;
+}

@@ -1,0 +1,74 @@
+#include "RarArchive.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QProcess>
+
+namespace {
+
+const int timeoutMs = 30000;
+const qint64 listingLimit = qint64(16) << 20;
+const qint64 entryLimit = qint64(256) << 20;
+
+} // namespace
+
+RarArchive::RarArchive(const QString& path)
+    : ComicArchive(path)
+    , path(path)
+{
+}
+
+RarArchive::~RarArchive() = default;
+
+QStringList RarArchive::files()
+{
+    const std::optional<QByteArray> output = extract({ QStringLiteral("vb"), path }, listingLimit);
+    if (!output)
+        return QStringList();
+
+    // The local 8-bit codec is what QProcess encodes arguments with, so a
+    // listed name reaches the extractor again as the bytes it printed.
+    const int end = output->indexOf('\0');
+    const QString text
+        = QString::fromLocal8Bit(output->constData(), end < 0 ? output->size() : end);
+    return text.split(QStringLiteral("\n"), Qt::KeepEmptyParts, Qt::CaseSensitive);
+}
+
+QImage RarArchive::data(const QString& name)
+{
+    const std::optional<QByteArray> output = extract(
+        { QStringLiteral("p"), QStringLiteral("-ierr"), QStringLiteral("--"), path, name },
+        entryLimit);
+    QImage image;
+    if (output)
+        image.loadFromData(*output);
+    return image;
+}
+
+std::optional<QByteArray> RarArchive::extract(const QStringList& arguments, qint64 limit) const
+{
+    QProcess process;
+    // Its messages and exit status do not matter; only standard output does.
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(QStringLiteral("%1/unrar").arg(QCoreApplication::applicationDirPath()), arguments,
+        QIODevice::ReadWrite);
+
+    // Output is collected while waiting, and bounded, so that an extractor
+    // that never stops writing cannot exhaust memory.
+    const QDeadlineTimer deadline(timeoutMs);
+    QByteArray output;
+    while (process.state() != QProcess::NotRunning) {
+        if (deadline.hasExpired() || output.size() > limit) {
+            process.kill();
+            process.waitForFinished();
+            return std::nullopt;
+        }
+        process.waitForReadyRead(int(deadline.remainingTime()));
+        output += process.readAllStandardOutput();
+    }
+    if (process.error() == QProcess::FailedToStart || process.exitStatus() == QProcess::CrashExit)
+        return std::nullopt;
+
+    output += process.readAllStandardOutput();
+    return output;
+}

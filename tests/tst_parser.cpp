@@ -1,0 +1,226 @@
+#include "ComicsReaderParser.h"
+#include "Device.h"
+#include "PagewiseSettings.h"
+#include "TestSupport.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+// What the parser announces, in order. The records travel by non-const
+// reference, which QSignalSpy cannot hold.
+struct Announcements
+{
+    explicit Announcements(ComicsReaderParser& parser)
+    {
+        QObject::connect(&parser, &ParserInterface::pageletParsed, [this](Pagelet& pagelet) {
+            order += QLatin1Char('p');
+            pagelets << pagelet;
+        });
+        QObject::connect(&parser, &ParserInterface::volumeParsed,
+            [this](Volume& volume, bool hasRights, bool isLoan) {
+                order += hasRights || isLoan ? QLatin1Char('V') : QLatin1Char('v');
+                volumes << volume;
+            });
+        QObject::connect(&parser, &ParserInterface::imageParsed,
+            [this](const Volume& volume, const QImage& image) {
+                order += QLatin1Char('c');
+                volumes << volume;
+                cover = image;
+            });
+    }
+
+    QString order;
+    QList<Pagelet> pagelets;
+    QList<Volume> volumes;
+    QImage cover;
+};
+
+} // namespace
+
+class TestParser : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void comicRecords();
+    void recordsByPath_data();
+    void recordsByPath();
+    void noPages_data();
+    void noPages();
+    void cover_data();
+    void cover();
+
+private:
+    QTemporaryDir dir;
+    QTemporaryDir config;
+    QByteArray png;
+};
+
+void TestParser::initTestCase()
+{
+    QVERIFY(dir.isValid() && config.isValid());
+    // The account name set here stays out of the user's settings.
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
+    png = TestSupport::encode(TestSupport::makePage(30, 40), "PNG");
+    // The first page by stem is not the first entry.
+    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("cover.cbz")),
+        { { "b/2.png", TestSupport::encode(TestSupport::makePage(20, 20), "PNG") },
+            { "a/10.png", png }, { "notes.txt", "x" } }));
+    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("notes.cbz")), { { "a.txt", "x" } }));
+    QVERIFY(TestSupport::writeRar(dir.filePath(QStringLiteral("Comic.CBR")), { { "1.png", png } }));
+}
+
+void TestParser::comicRecords()
+{
+    QList<TestSupport::ZipEntry> entries;
+    for (int page : { 7, 1, 12, 3, 10, 2, 11, 5, 4, 9, 6, 8 })
+        entries << TestSupport::ZipEntry(
+            QByteArray::number(page).rightJustified(2, '0') + ".png", png);
+    const QString path = dir.filePath(QStringLiteral("My Book.v2.cbz"));
+    QVERIFY(TestSupport::writeZip(path, entries));
+
+    ComicsReaderParser parser;
+    Announcements announced(parser);
+    parser.parse(path);
+
+    QCOMPARE(announced.order, QString(12, QLatin1Char('p')) + QLatin1Char('v'));
+    const Volume& volume = announced.volumes.first();
+    QCOMPARE(volume.getId(), path);
+    QCOMPARE(volume.pageCount(), 12);
+    QCOMPARE(volume.getContentType(), QStringLiteral("6"));
+    QCOMPARE(volume.attribute(ATTRIBUTE_TITLE), QVariant(QStringLiteral("My Book.v2")));
+    QCOMPARE(volume.attribute(ATTRIBUTE_DESCRIPTION), QVariant(QString()));
+    QCOMPARE(volume.attribute(ATTRIBUTE_ATTRIBUTION), QVariant(QStringLiteral("Unknown Author")));
+    QCOMPARE(volume.attribute(ATTRIBUTE_MIME_TYPE), QVariant(QStringLiteral("application/x-cbz")));
+    QVERIFY(volume.attribute(ATTRIBUTE_DATE).toDateTime().isValid());
+    QCOMPARE(volume.getUserID(), QStringLiteral("cbz_user"));
+
+    for (int i = 0; i < 12; ++i) {
+        const Pagelet& pagelet = announced.pagelets.at(i);
+        const QString entry = QString::number(i + 1).rightJustified(2, QLatin1Char('0')) + ".png";
+        QCOMPARE(pagelet.getId(), path + QLatin1Char('/') + entry);
+        QCOMPARE(pagelet.getContentType(), QStringLiteral("9"));
+        QCOMPARE(pagelet.getVolumeIndex(), i);
+        QCOMPARE(pagelet.getBookId(), path);
+        QCOMPARE(pagelet.getTitle(), QStringLiteral("Page %1").arg(i + 1));
+        QCOMPARE(pagelet.attribute(ATTRIBUTE_MIME_TYPE), volume.attribute(ATTRIBUTE_MIME_TYPE));
+        QCOMPARE(pagelet.getUserID(), QStringLiteral("cbz_user"));
+    }
+}
+
+void TestParser::recordsByPath_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("account");
+    QTest::addColumn<QString>("author");
+    QTest::addColumn<QString>("mimeType");
+    QTest::addColumn<QString>("imageId");
+    QTest::addColumn<QString>("firstPage"); // empty: the image file itself
+
+    const auto row
+        = [](const char* behaviour, const QString& path, const char* account, const char* author,
+              const char* mimeType, const char* imageId, const char* firstPage) {
+              QTest::newRow(behaviour) << path << QString(account) << QString(author)
+                                       << QStringLiteral("application/x-") + mimeType
+                                       << QString(imageId) << QString(firstPage);
+          };
+    const QString sketch = QStringLiteral("/mnt/onboard/drawings/My sketch.png");
+    const char* sketchId = "_mnt_onboard_drawings_My_sketch_png";
+
+    row("drawing without an account", sketch, "", "Ostra Sketch", "cbz", sketchId, "");
+    row("drawing with an account", sketch, "Ann", "Ann", "cbz", sketchId, "");
+    row("file:// drawing keeps the prefix in its ids", "file:///mnt/onboard/drawings/a.png", "Ann",
+        "Ann", "cbz", "file____mnt_onboard_drawings_a_png", "");
+    row("the drawings folder is case-sensitive", "/mnt/onboard/Drawings/a.png", "Ann",
+        "Unknown Author", "cbz", "_mnt_onboard_Drawings_a_png", "");
+    // Temporary paths: their image ids are not checked.
+    row("upper-case CBR", dir.filePath(QStringLiteral("Comic.CBR")), "", "Unknown Author", "cbr",
+        "", "1.png");
+    row("file:// comic", QStringLiteral("file://") + dir.filePath(QStringLiteral("cover.cbz")), "",
+        "Unknown Author", "cbz", "", "a/10.png");
+}
+
+void TestParser::recordsByPath()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, account);
+    QFETCH(QString, author);
+    QFETCH(QString, mimeType);
+    QFETCH(QString, imageId);
+    QFETCH(QString, firstPage);
+
+    PagewiseSettings(Device()).setFacebookName(account);
+    ComicsReaderParser parser;
+    Announcements announced(parser);
+    parser.parse(path);
+    PagewiseSettings(Device()).setFacebookName(QString());
+
+    QVERIFY(announced.order.endsWith(QLatin1Char('v')));
+    const Volume& volume = announced.volumes.first();
+    QCOMPARE(volume.getId(), path);
+    QCOMPARE(volume.attribute(ATTRIBUTE_ATTRIBUTION).toString(), author);
+    QCOMPARE(volume.attribute(ATTRIBUTE_MIME_TYPE).toString(), mimeType);
+    if (!imageId.isEmpty())
+        QCOMPARE(volume.getImageId(), imageId);
+    if (firstPage.isEmpty())
+        firstPage = QString(path).remove(QStringLiteral("file://"));
+    QCOMPARE(announced.pagelets.first().getId(), path + QLatin1Char('/') + firstPage);
+    QCOMPARE(announced.pagelets.first().getBookId(), path);
+}
+
+void TestParser::noPages_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("comic without images") << dir.filePath(QStringLiteral("notes.cbz"));
+    QTest::newRow("missing comic") << dir.filePath(QStringLiteral("missing.cbz"));
+    QTest::newRow("neither comic nor image") << dir.filePath(QStringLiteral("notes.txt"));
+}
+
+void TestParser::noPages()
+{
+    QFETCH(QString, path);
+    ComicsReaderParser parser;
+    Announcements announced(parser);
+    TestSupport::MessageLog log;
+    parser.parse(path);
+
+    QVERIFY(announced.order.isEmpty());
+    QCOMPARE(log.lines().value(log.lines().size() - 1),
+        QStringLiteral("no comics found :  \"%1\"").arg(path));
+}
+
+void TestParser::cover_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QSize>("size");
+
+    const QString comic = dir.filePath(QStringLiteral("cover.cbz"));
+    QTest::newRow("first page by stem") << comic << QSize(30, 40);
+    QTest::newRow("file:// id") << QStringLiteral("file://") + comic << QSize(30, 40);
+    QTest::newRow("book without pages: null")
+        << dir.filePath(QStringLiteral("notes.cbz")) << QSize();
+    QTest::newRow("neither comic nor image: null")
+        << dir.filePath(QStringLiteral("a.txt")) << QSize();
+}
+
+void TestParser::cover()
+{
+    QFETCH(QString, id);
+    QFETCH(QSize, size);
+    Volume volume;
+    volume.setId(id);
+
+    ComicsReaderParser parser;
+    Announcements announced(parser);
+    parser.parseCoverImage(volume);
+
+    QCOMPARE(announced.order, QStringLiteral("c"));
+    QCOMPARE(announced.volumes.first().getId(), id);
+    QCOMPARE(announced.cover.isNull() ? QSize() : announced.cover.size(), size);
+}
+
+QTEST_MAIN(TestParser)
+#include "tst_parser.moc"

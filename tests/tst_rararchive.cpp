@@ -1,0 +1,135 @@
+#include "ComicZipArchive.h"
+#include "RarArchive.h"
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// The RAR archive and the real extractor, which is built beside this suite.
+class TestRarArchive : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void samplesHoldTheSamePages();
+    void namesAndPathsPeopleHave_data();
+    void namesAndPathsPeopleHave();
+    void extractorRefuses_data();
+    void extractorRefuses();
+
+private:
+    QTemporaryDir dir;
+    QByteArray png;
+};
+
+namespace {
+
+const QString unrar = TestSupport::binDir() + QStringLiteral("/unrar");
+
+QStringList jpegs(const QStringList& names)
+{
+    return names.filter(QRegularExpression(QStringLiteral("\\.jpg$")));
+}
+
+} // namespace
+
+void TestRarArchive::initTestCase()
+{
+    QVERIFY(dir.isValid());
+    png = TestSupport::encode(TestSupport::makePage(30, 40), "PNG");
+}
+
+void TestRarArchive::samplesHoldTheSamePages()
+{
+    TAMBER_REQUIRE_SAMPLES();
+    ComicZipArchive zip(TestSupport::sampleCbz());
+    RarArchive rar(TestSupport::sampleCbr());
+
+    const QStringList pages = jpegs(rar.files());
+    QCOMPARE(pages.size(), 5);
+    QCOMPARE(pages, jpegs(zip.files()));
+    for (const QString& page : pages) {
+        QProcess extractor;
+        extractor.start(unrar, { "p", "-ierr", "--", TestSupport::sampleCbr(), page });
+        QVERIFY(extractor.waitForFinished());
+        QCOMPARE(extractor.readAllStandardOutput(), zip.raw(page));
+        QVERIFY(!rar.data(page).isNull());
+        QCOMPARE(rar.data(page).size(), zip.data(page).size());
+    }
+}
+
+void TestRarArchive::namesAndPathsPeopleHave_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("name");
+
+    QTest::newRow("UTF-8 accents") << "a.cbr" << QByteArray("Caf\xc3\xa9/01.png");
+    QTest::newRow("UTF-8 Japanese")
+        << "a.cbr" << QByteArray("\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8/01.png");
+    QTest::newRow("name beginning with a dash") << "a.cbr" << QByteArray("-01.png");
+    QTest::newRow("path with blanks, quotes and #")
+        << "My \"Best\" #1 'x'.cbr" << QByteArray("1.png");
+    QTest::newRow("non-ASCII path")
+        << QStringLiteral("Caf\u00e9 \u30da.cbr") << QByteArray("1.png");
+    QTest::newRow("relative path beginning with a dash") << "-a.cbr" << QByteArray("1.png");
+}
+
+void TestRarArchive::namesAndPathsPeopleHave()
+{
+    QFETCH(QString, path);
+    QFETCH(QByteArray, name);
+    QVERIFY(
+        TestSupport::writeRar(dir.filePath(path), { { "other.png", "no image" }, { name, png } }));
+
+    // The extractor inherits the working directory, where relative paths start.
+    const QString previous = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(dir.path()));
+    RarArchive archive(path);
+    const QStringList names = archive.files();
+    const QImage page = archive.data(QString::fromUtf8(name));
+    QDir::setCurrent(previous);
+
+    QCOMPARE(names, QStringList({ "other.png", QString::fromUtf8(name), "" }));
+    QCOMPARE(page.size(), QSize(30, 40));
+}
+
+void TestRarArchive::extractorRefuses_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("usage");
+
+    const QString book = dir.filePath(QStringLiteral("refuse.cbr"));
+    QVERIFY(TestSupport::writeRar(book, { { "a.png", "x" } }));
+    const QString zip = dir.filePath(QStringLiteral("zip.cbr"));
+    QVERIFY(TestSupport::writeZip(zip, { { "a.png", "x" } }));
+
+    QTest::newRow("no arguments") << QStringList() << true;
+    QTest::newRow("p without --") << QStringList { "p", "-ierr", book, "a.png" } << true;
+    QTest::newRow("missing archive") << QStringList { "vb", book + "x" } << false;
+    QTest::newRow("ZIP named .cbr") << QStringList { "vb", zip } << false;
+    QTest::newRow("no such entry") << QStringList { "p", "-ierr", "--", book, "b.png" } << false;
+    QTest::newRow("a pattern is no name")
+        << QStringList { "p", "-ierr", "--", book, "*.png" } << false;
+    QTest::newRow("names are case-sensitive")
+        << QStringList { "p", "-ierr", "--", book, "A.png" } << false;
+}
+
+void TestRarArchive::extractorRefuses()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(bool, usage);
+
+    QProcess extractor;
+    extractor.start(unrar, arguments);
+    QVERIFY(extractor.waitForFinished());
+    QCOMPARE(extractor.exitStatus(), QProcess::NormalExit);
+    QVERIFY(extractor.exitCode() != 0);
+    QCOMPARE(extractor.readAllStandardOutput(), QByteArray());
+    QCOMPARE(extractor.readAllStandardError().startsWith("usage: "), usage);
+}
+
+QTEST_MAIN(TestRarArchive)
+#include "tst_rararchive.moc"

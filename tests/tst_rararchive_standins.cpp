@@ -1,0 +1,139 @@
+#include "RarArchive.h"
+#include "TestSupport.h"
+
+#include <QCoreApplication>
+#include <QtTest>
+
+// The RAR archive with small shell scripts in place of the extractor. This suite
+// is built into a folder of its own, where each case writes its "unrar".
+class TestRarArchiveStandIns : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void missingExtractor();
+    void listing_data();
+    void listing();
+    void entry_data();
+    void entry();
+    void namesAfterDoubleDash();
+    void abandonsHangingExtractor();
+
+private:
+    void installExtractor(const QByteArray& body);
+};
+
+namespace {
+
+QString inAppDir(const QString& name)
+{
+    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
+}
+
+const QString book = QStringLiteral("/books/comic.cbr");
+
+} // namespace
+
+void TestRarArchiveStandIns::installExtractor(const QByteArray& body)
+{
+    QFile script(inAppDir(QStringLiteral("unrar")));
+    script.remove();
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\nhere=$(dirname \"$0\")\n" + body + '\n');
+    script.close();
+    QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+
+void TestRarArchiveStandIns::initTestCase()
+{
+    QVERIFY2(QCoreApplication::applicationDirPath() != TestSupport::binDir(),
+        "this suite must not replace the real extractor");
+    QFile page(inAppDir(QStringLiteral("page.png")));
+    QVERIFY(page.open(QIODevice::WriteOnly));
+    page.write(TestSupport::encode(TestSupport::makePage(30, 40), "PNG"));
+}
+
+void TestRarArchiveStandIns::missingExtractor()
+{
+    QFile::remove(inAppDir(QStringLiteral("unrar")));
+    TestSupport::MessageLog log;
+    QVERIFY(RarArchive(book).files().isEmpty());
+    QVERIFY(RarArchive(book).data(QStringLiteral("1.png")).isNull());
+    QVERIFY(log.lines().isEmpty());
+}
+
+void TestRarArchiveStandIns::listing_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QStringList>("names");
+
+    QTest::newRow("a line break after the last name gives an empty name") << QByteArray(
+        "printf 'a.png\\nb.png\\nc.png\\n'") << QStringList { "a.png", "b.png", "c.png", "" };
+    QTest::newRow("carriage returns stay in the names")
+        << QByteArray("printf 'a.png\\r\\nb.png'") << QStringList { "a.png\r", "b.png" };
+    QTest::newRow("output ends at the first NUL")
+        << QByteArray("printf 'a.png\\nb.png\\0c.png\\n'") << QStringList { "a.png", "b.png" };
+    QTest::newRow("exit status is ignored")
+        << QByteArray("printf a.png; exit 3") << QStringList("a.png");
+    QTest::newRow("crash after printing names")
+        << QByteArray("echo a.png; kill -SEGV $$") << QStringList();
+    QTest::newRow("endless output") << QByteArray("exec yes a.png") << QStringList();
+}
+
+void TestRarArchiveStandIns::listing()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(QStringList, names);
+    installExtractor(script);
+    QCOMPARE(RarArchive(book).files(), names);
+}
+
+void TestRarArchiveStandIns::entry_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<bool>("decodes");
+
+    QTest::newRow("exit status is ignored") << QByteArray("cat \"$here/page.png\"; exit 1") << true;
+    QTest::newRow("exits part way through") << QByteArray("head -c 99 \"$here/page.png\"") << false;
+    QTest::newRow("endless output") << QByteArray("exec cat /dev/zero") << false;
+}
+
+void TestRarArchiveStandIns::entry()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(bool, decodes);
+    installExtractor(script);
+    QCOMPARE(RarArchive(book).data(QStringLiteral("1.png")).isNull(), !decodes);
+}
+
+void TestRarArchiveStandIns::namesAfterDoubleDash()
+{
+    installExtractor("for a in \"$@\"; do printf '%s\\n' \"$a\"; done >> \"$here/arguments\"");
+    QFile record(inAppDir(QStringLiteral("arguments")));
+    record.remove();
+
+    RarArchive archive(QStringLiteral("-comic.cbr"));
+    archive.files();
+    archive.data(QStringLiteral("-01.png"));
+
+    QVERIFY(record.open(QIODevice::ReadOnly));
+    QCOMPARE(record.readAll(), QByteArray("vb\n-comic.cbr\np\n-ierr\n--\n-comic.cbr\n-01.png\n"));
+}
+
+void TestRarArchiveStandIns::abandonsHangingExtractor()
+{
+    if (!qEnvironmentVariableIsSet("TAMBER_SLOW_TESTS"))
+        QSKIP("waits out the archive's 30 s limit; set TAMBER_SLOW_TESTS to run it");
+    installExtractor("echo $$ > \"$here/pid\"; echo a.png; exec sleep 600");
+
+    QVERIFY(RarArchive(book).files().isEmpty());
+
+    QFile pid(inAppDir(QStringLiteral("pid")));
+    QVERIFY(pid.open(QIODevice::ReadOnly));
+    QVERIFY2(!QFileInfo::exists(QStringLiteral("/proc/") + pid.readAll().trimmed()),
+        "the extractor was left running");
+}
+
+QTEST_MAIN(TestRarArchiveStandIns)
+#include "tst_rararchive_standins.moc"
