@@ -1,0 +1,140 @@
+#include "RenderCommand.h"
+
+#include "Application.h"
+#include "BookArgument.h"
+#include "GestureRegistration.h"
+#include "ImageReaderDelegate.h"
+#include "Library.h"
+#include "PluginLoader.h"
+#include "PluginState.h"
+#include "SessionView.h"
+#include "ZoomController.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QWidget>
+
+#include <cmath>
+
+namespace {
+
+// A page that cannot be decoded makes the view delete its container.
+bool paintSurvives(SessionView& view)
+{
+    view.paint();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return view.isOpen();
+}
+
+} // namespace
+
+QString RenderCommand::name() const
+{
+    return QStringLiteral("render");
+}
+
+QString RenderCommand::synopsis() const
+{
+    return QStringLiteral("BOOK [--page N] [OPTIONS] -o FILE");
+}
+
+QString RenderCommand::summary() const
+{
+    return QStringLiteral("Writes what the reading view paints for a page, as an image file");
+}
+
+void RenderCommand::addOptions(QCommandLineParser& parser) const
+{
+    parser.addOptions({
+        QCommandLineOption(QStringLiteral("page"),
+            QStringLiteral("The page, counted from 1 (default: 1)."), QStringLiteral("N")),
+        QCommandLineOption(QStringLiteral("size"),
+            QStringLiteral("The emulated screen (default: 1072x1448)."), QStringLiteral("WxH")),
+        QCommandLineOption(QStringLiteral("zoom"), QStringLiteral("The zoom factor (default: 1)."),
+            QStringLiteral("Z")),
+        QCommandLineOption(QStringLiteral("orientation"),
+            QStringLiteral("0 or 2 upright, 1 or 3 turned (default: as the page first shown)."),
+            QStringLiteral("O")),
+        QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
+            QStringLiteral("The image file to write."), QStringLiteral("FILE")),
+    });
+    parser.addPositionalArgument(
+        QStringLiteral("BOOK"), QStringLiteral("A book id as stored, or the path of the book."));
+}
+
+int RenderCommand::run(Application& app, const QCommandLineParser& parser) const
+{
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() != 1)
+        return Application::usageError(QStringLiteral("render needs one BOOK"), this);
+    const QString output = parser.value(QStringLiteral("output"));
+    if (output.isEmpty())
+        return Application::usageError(QStringLiteral("render needs -o FILE"), this);
+
+    bool ok = true;
+    const int page = parser.isSet(QStringLiteral("page"))
+        ? parser.value(QStringLiteral("page")).toInt(&ok)
+        : 1;
+    if (!ok || page < 1)
+        return Application::usageError(QStringLiteral("--page needs a number from 1"), this);
+    QSize screen = SessionView::defaultScreen();
+    if (parser.isSet(QStringLiteral("size"))
+        && !SessionView::parseSize(parser.value(QStringLiteral("size")), &screen))
+        return Application::usageError(QStringLiteral("--size needs WxH, such as 1072x1448"), this);
+    const bool zoomSet = parser.isSet(QStringLiteral("zoom"));
+    const double zoom = zoomSet ? parser.value(QStringLiteral("zoom")).toDouble(&ok) : 1.0;
+    if (!ok || !std::isfinite(zoom) || zoom <= 0)
+        return Application::usageError(QStringLiteral("--zoom needs a positive number"), this);
+    const bool orientationSet = parser.isSet(QStringLiteral("orientation"));
+    const int orientation
+        = orientationSet ? parser.value(QStringLiteral("orientation")).toInt(&ok) : 0;
+    if (!ok || orientation < 0 || orientation > 3)
+        return Application::usageError(QStringLiteral("--orientation needs 0, 1, 2 or 3"), this);
+
+    if (!app.openLibrary())
+        return Application::UsageError;
+    PluginLoader* loader = app.loadPlugin();
+    if (!loader)
+        return Application::UsageError;
+    const QString id = BookArgument::resolve(arguments.first());
+    if (id.isEmpty()) {
+        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
+        return Application::Failed;
+    }
+    const int pageCount = Library::pages(id).size();
+    if (page > pageCount) {
+        Application::warn(
+            QStringLiteral("%1: no page %2; the book has %3").arg(id).arg(page).arg(pageCount));
+        return Application::Failed;
+    }
+
+    registerGestureRecognizers();
+    PluginState state;
+    SessionView view(loader->plugin(), &state, screen);
+    if (!view.open()) {
+        Application::warn(QStringLiteral("the plug-in gave no reading view"));
+        return Application::Failed;
+    }
+    ImageReaderDelegate* reader = view.imageReader();
+    if (orientationSet && reader)
+        reader->setOrientation(ScreenOrientation(orientation));
+    // Opened at the page, so that only that page is decoded: it decides the
+    // orientation unless --orientation did.
+    QMetaObject::invokeMethod(view.view(), "renderVolume", Qt::DirectConnection,
+        Q_ARG(Volume, Library::book(id)), Q_ARG(ReadingNavigationType, ReadingNavigationDefault));
+    QMetaObject::invokeMethod(view.view(), "goToPage", Qt::DirectConnection, Q_ARG(int, page));
+    // A new factor repaints at once.
+    if (zoomSet && reader && reader->zoomController())
+        reader->zoomController()->setZoomFactor(zoom);
+    if (!paintSurvives(view)) {
+        Application::warn(QStringLiteral("%1: page %2 cannot be painted").arg(id).arg(page));
+        return Application::Failed;
+    }
+
+    QString error;
+    if (!SessionView::writeImage(view.screenshot(), output, &error)) {
+        Application::warn(error);
+        return Application::Failed;
+    }
+    return Application::Success;
+}

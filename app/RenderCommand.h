@@ -1,0 +1,18 @@
+#ifndef RENDERCOMMAND_H
+#define RENDERCOMMAND_H
+
+#include "Command.h"
+
+// render BOOK [--page N] [--size WxH] [--zoom Z] [--orientation O] -o FILE:
+// what the reading view paints for one page, as an image file.
+class RenderCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

@@ -1,0 +1,18 @@
+#ifndef SESSIONCOMMAND_H
+#define SESSIONCOMMAND_H
+
+#include "Command.h"
+
+// session [--size WxH] [SCRIPT]: runs a script of host actions and prints a
+// trace of what the plug-in does.
+class SessionCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

@@ -1,0 +1,277 @@
+#include "SessionView.h"
+
+#include "ComicsReader.h"
+#include "DragGesture.h"
+#include "GestureRecognizers.h"
+#include "GuidedReadingMixin.h"
+#include "ImageReaderDelegate.h"
+#include "MainWindowController.h"
+#include "PinchGesture.h"
+#include "PluginInterface.h"
+#include "PluginState.h"
+#include "SwipeGesture.h"
+#include "TapGesture.h"
+
+#include <QBackingStore>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QGestureEvent>
+#include <QImageWriter>
+#include <QKeyEvent>
+#include <QTimer>
+#include <QWidget>
+
+#include <QtWidgets/private/qgesture_p.h>
+
+namespace {
+
+// Runs the event loop until the window may be painted: the repaint manager
+// paints only windows that the platform has exposed.
+void waitUntilMapped(QWidget* window)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!window->testAttribute(Qt::WA_Mapped) && timer.elapsed() < 5000) {
+        QEventLoop loop;
+        QTimer::singleShot(5, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+}
+
+// Qt delivers a gesture only to widgets that grabbed its type; a gesture made
+// by hand has none until it is given the recognizer's.
+void setGestureType(QGesture* gesture, Qt::GestureType type)
+{
+    static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->gestureType = type;
+}
+
+} // namespace
+
+SessionView::SessionView(
+    PluginInterface* plugin, PluginState* state, const QSize& screen, QObject* parent)
+    : QObject(parent)
+    , m_plugin(plugin)
+    , m_state(state)
+    , m_screen(screen)
+{
+    connect(MainWindowController::sharedInstance(), &MainWindowController::cleared, this,
+        &SessionView::cleared);
+}
+
+SessionView::~SessionView()
+{
+    close();
+}
+
+QSize SessionView::defaultScreen()
+{
+    return QSize(1072, 1448);
+}
+
+bool SessionView::parseSize(const QString& text, QSize* size)
+{
+    const QStringList sides = text.split(QLatin1Char('x'));
+    if (sides.size() != 2)
+        return false;
+    bool widthOk = false;
+    bool heightOk = false;
+    const QSize parsed(sides.at(0).toInt(&widthOk), sides.at(1).toInt(&heightOk));
+    if (!widthOk || !heightOk || parsed.width() < 1 || parsed.height() < 1)
+        return false;
+    *size = parsed;
+    return true;
+}
+
+bool SessionView::writeImage(const QImage& image, const QString& fileName, QString* error)
+{
+    const QByteArray suffix = QFileInfo(fileName).suffix().toLower().toLatin1();
+    const QByteArray format
+        = QImageWriter::supportedImageFormats().contains(suffix) ? suffix : QByteArray("png");
+    QImageWriter writer(fileName, format);
+    if (writer.write(image))
+        return true;
+    *error = QStringLiteral("%1: %2").arg(fileName, writer.errorString());
+    return false;
+}
+
+void SessionView::wait(int milliseconds)
+{
+    if (milliseconds > 0) {
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    QCoreApplication::processEvents();
+    // Outside any event loop, Qt leaves these to be asked for.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+bool SessionView::open()
+{
+    close();
+    m_closedByView = false;
+    m_clearRequested = false;
+    m_painted = false;
+
+    auto* container = new QWidget;
+    container->setWindowTitle(QStringLiteral("tamber"));
+    container->resize(m_screen);
+    auto* handle = new QWidget(container);
+    handle->hide();
+    container->show();
+    waitUntilMapped(container);
+    m_container = container;
+    connect(container, &QObject::destroyed, this, &SessionView::containerDestroyed);
+
+    QWidget* view = m_plugin->reader(m_state, handle);
+    if (!view) {
+        close();
+        return false;
+    }
+    m_view = view;
+    view->resize(m_screen);
+    view->installEventFilter(this);
+    view->show();
+    return true;
+}
+
+void SessionView::close()
+{
+    if (!m_container)
+        return;
+    m_closing = true;
+    delete m_container;
+    m_closing = false;
+}
+
+void SessionView::closeIfCleared()
+{
+    if (m_clearRequested)
+        close();
+    m_clearRequested = false;
+}
+
+bool SessionView::isOpen() const
+{
+    return m_view;
+}
+
+bool SessionView::closedByView() const
+{
+    return m_closedByView;
+}
+
+QWidget* SessionView::view() const
+{
+    return m_view;
+}
+
+ImageReaderDelegate* SessionView::imageReader() const
+{
+    return m_view ? static_cast<ImageReaderDelegate*>(m_view->qt_metacast("ImageReaderDelegate"))
+                  : nullptr;
+}
+
+GuidedReadingMixin* SessionView::guidedReading() const
+{
+    return m_view ? static_cast<GuidedReadingMixin*>(m_view->qt_metacast("GuidedReadingMixin"))
+                  : nullptr;
+}
+
+ComicsReader* SessionView::reader() const
+{
+    return m_view ? static_cast<ComicsReader*>(m_view->qt_metacast("ComicsReader")) : nullptr;
+}
+
+void SessionView::sendGesture(QGesture* gesture, Qt::GestureType type)
+{
+    setGestureType(gesture, type);
+    QGestureEvent event({ gesture });
+    QCoreApplication::sendEvent(m_view, &event);
+}
+
+void SessionView::sendTap(Qt::GestureState state)
+{
+    TapGesture tap;
+    tap.setGestureState(state);
+    tap.setPosition(QPointF(m_screen.width() / 2.0, m_screen.height() / 2.0));
+    sendGesture(&tap, TapGestureRecognizer::_gestureType);
+}
+
+void SessionView::sendSwipe(
+    QSwipeGesture::SwipeDirection horizontal, QSwipeGesture::SwipeDirection vertical)
+{
+    SwipeGesture swipe;
+    swipe.setGestureState(Qt::GestureFinished);
+    swipe.setHorizontalDirection(horizontal);
+    swipe.setVerticalDirection(vertical);
+    sendGesture(&swipe, SwipeGestureRecognizer::_gestureType);
+}
+
+void SessionView::sendDrag(const QPoint& delta)
+{
+    // The whole movement in one report, so that the view sees one offset.
+    DragGesture drag;
+    drag.setGestureState(Qt::GestureFinished);
+    drag.setDelta(delta);
+    drag.setPosition(QPoint(m_screen.width() / 2, m_screen.height() / 2) + delta);
+    sendGesture(&drag, DragGestureRecognizer::_gestureType);
+}
+
+void SessionView::sendPinch(qreal scale)
+{
+    PinchGesture pinch;
+    pinch.setGestureState(Qt::GestureFinished);
+    pinch.setScaleFactor(scale);
+    pinch.setCenterPoint(QPointF(m_screen.width() / 2.0, m_screen.height() / 2.0));
+    sendGesture(&pinch, PinchGestureRecognizer::_gestureType);
+}
+
+void SessionView::sendKey(int key)
+{
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_view, &press);
+}
+
+void SessionView::paint()
+{
+    m_view->repaint();
+}
+
+QImage SessionView::screenshot() const
+{
+    if (!m_view || !m_painted)
+        return QImage();
+    QWidget* window = m_view->window();
+    QBackingStore* store = window->backingStore();
+    QPaintDevice* device = store ? store->paintDevice() : nullptr;
+    if (!device || device->devType() != QInternal::Image)
+        return m_view->grab().toImage();
+    const auto* image = static_cast<const QImage*>(device);
+    const qreal ratio = image->devicePixelRatio();
+    const QRect area(m_view->mapTo(window, QPoint()), m_view->size());
+    return image->copy(QRect(area.topLeft() * ratio, area.size() * ratio));
+}
+
+bool SessionView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_view && event->type() == QEvent::Paint)
+        m_painted = true;
+    return QObject::eventFilter(watched, event);
+}
+
+void SessionView::cleared()
+{
+    if (m_view)
+        m_clearRequested = true;
+}
+
+void SessionView::containerDestroyed()
+{
+    m_closedByView = !m_closing;
+    // The host's flag for an open reader; the view raises it, the host lowers it.
+    if (m_state)
+        m_state->readerOpen = 0;
+}
