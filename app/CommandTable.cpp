@@ -5,6 +5,9 @@
 #include "ImportCommand.h"
 #include "ListCommand.h"
 #include "PluginCommand.h"
+#include "ReadCommand.h"
+#include "RenderCommand.h"
+#include "SessionCommand.h"
 #include "ShowCommand.h"
 
 const QVector<const Command*>& CommandTable::commands()
@@ -15,8 +18,11 @@ const QVector<const Command*>& CommandTable::commands()
     static const CoverCommand cover;
     static const ConfigCommand config;
     static const PluginCommand plugin;
+    static const ReadCommand read;
+    static const RenderCommand render;
+    static const SessionCommand session;
     static const QVector<const Command*> table
-        = { &import, &list, &show, &cover, &config, &plugin };
+        = { &import, &list, &show, &cover, &render, &read, &session, &config, &plugin };
     return table;
 }
 

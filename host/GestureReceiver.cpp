@@ -10,6 +10,18 @@
 #include <QGestureEvent>
 #include <QPanGesture>
 
+namespace {
+
+// A swipe is known only once the finger lifts: Qt reports a recognized swipe
+// as started and then finished, and the delegate hears of it once. Swipes made
+// by hand, in no state, reach it too; canceled ones never do.
+bool isOver(const QGesture* swipe)
+{
+    return swipe->state() == Qt::GestureFinished || swipe->state() == Qt::NoGesture;
+}
+
+} // namespace
+
 GestureReceiver::GestureReceiver()
     : m_delegate(nullptr)
 {
@@ -41,7 +53,7 @@ bool GestureReceiver::sendGestureToDelegate(QGestureEvent* event, GestureDelegat
         if (auto* tap = qobject_cast<TapGesture*>(gesture))
             accepted = delegate->tapGesture(this, tap);
         else if (auto* swipe = qobject_cast<SwipeGesture*>(gesture))
-            accepted = delegate->swipeGesture(this, swipe);
+            accepted = isOver(swipe) ? delegate->swipeGesture(this, swipe) : true;
         else if (auto* drag = qobject_cast<DragGesture*>(gesture))
             accepted = delegate->dragGesture(this, drag);
         else if (auto* pinch = qobject_cast<PinchGesture*>(gesture))

@@ -45,6 +45,8 @@ private slots:
     void keys();
     void dragPastTheEdge_data();
     void dragPastTheEdge();
+    void dragZoomedPage_data();
+    void dragZoomedPage();
     void panIsClampedAndRepaintsOnlyOnChange();
     void fit_data();
     void fit();
@@ -257,6 +259,52 @@ void TestReaderInput::dragPastTheEdge()
     view->processOffset(offset);
 
     QCOMPARE(view->currentPage, shown);
+}
+
+void TestReaderInput::dragZoomedPage_data()
+{
+    QTest::addColumn<QPoint>("pan");
+    QTest::addColumn<QPoint>("offset");
+    QTest::addColumn<int>("shown");
+    QTest::addColumn<QPoint>("panAfter");
+
+    // A 400 x 600 page image in a 200 x 300 view: the pan runs to (200, 300).
+    QTest::newRow("inside the page a long drag pans, up to the edge")
+        << QPoint(100, 150) << QPoint(0, -200) << 5 << QPoint(100, 300);
+    QTest::newRow("at the bottom edge up by 81 turns forward")
+        << QPoint(100, 300) << QPoint(0, -81) << 6 << QPoint(0, 0);
+    QTest::newRow("at the bottom edge up by 80 changes nothing")
+        << QPoint(100, 300) << QPoint(0, -80) << 5 << QPoint(100, 300);
+    QTest::newRow("at the right edge left by 81 turns forward")
+        << QPoint(200, 150) << QPoint(-81, 0) << 6 << QPoint(0, 0);
+    QTest::newRow("at the right edge a mostly upward drag pans down the page")
+        << QPoint(200, 150) << QPoint(-81, -90) << 5 << QPoint(200, 240);
+    QTest::newRow("at the left edge right by 81 turns back")
+        << QPoint(0, 150) << QPoint(81, 0) << 4 << QPoint(0, 0);
+    QTest::newRow("at the top edge down by 81 turns back")
+        << QPoint(100, 0) << QPoint(0, 81) << 4 << QPoint(0, 0);
+    QTest::newRow("below the top edge down by 81 pans")
+        << QPoint(100, 150) << QPoint(0, 81) << 5 << QPoint(100, 69);
+}
+
+void TestReaderInput::dragZoomedPage()
+{
+    QFETCH(QPoint, pan);
+    QFETCH(QPoint, offset);
+    QFETCH(int, shown);
+    QFETCH(QPoint, panAfter);
+
+    ProbeReader* view = makeView(QSize(200, 300));
+    view->zoomController()->setZoomFactor(2.0);
+    paint(view);
+    QCOMPARE(view->pageImage.size(), QSize(400, 600));
+    view->panX = pan.x();
+    view->panY = pan.y();
+
+    view->processOffset(offset);
+
+    QCOMPARE(view->currentPage, shown);
+    QCOMPARE(QPoint(view->panX, view->panY), panAfter);
 }
 
 void TestReaderInput::panIsClampedAndRepaintsOnlyOnChange()

@@ -10,7 +10,8 @@ class PinchGesture;
 class ZoomController;
 
 // Turns drags into processOffset calls with the finger's movement and pinches
-// into zoom changes on the view's zoom controller.
+// into zoom changes on the view's zoom controller. A drag is reported once, with
+// its whole movement, when it finishes.
 class TAMBER_EXPORT PanningViewMixin
 {
 public:
@@ -33,6 +34,8 @@ protected:
 private:
     ZoomController* m_zoomController;
     bool m_animationMode;
+    // Movement of the drag under way, not yet reported.
+    QPoint m_dragMovement;
 };
 
 #endif

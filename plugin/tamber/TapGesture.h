@@ -15,6 +15,7 @@ public:
     explicit TapGesture(QObject* parent = nullptr);
     ~TapGesture() override;
 
+    // Where the finger touched, in screen coordinates.
     QPointF position() const;
     void setPosition(const QPointF& position);
 

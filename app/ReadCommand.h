@@ -1,0 +1,18 @@
+#ifndef READCOMMAND_H
+#define READCOMMAND_H
+
+#include "Command.h"
+
+// read BOOK [--size WxH]: the reading view in a window, for a person to read.
+class ReadCommand : public Command
+{
+public:
+    QString name() const override;
+    QString synopsis() const override;
+    QString summary() const override;
+    bool needsWindow() const override;
+    void addOptions(QCommandLineParser& parser) const override;
+    int run(Application& app, const QCommandLineParser& parser) const override;
+};
+
+#endif

@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# xvfb.sh SAMPLES_DIR PROGRAM [ARGUMENTS...]
+# Runs a test program on a virtual X server of its own. Exits 77, which ctest
+# counts as skipped, when the server, the X tools or the shared samples are
+# missing.
+set -u
+samples=$1
+shift
+for tool in xvfb-run xauth xdotool xwd; do
+  if ! command -v "$tool" >/dev/null 2>&1; then
+    echo "skipped: $tool is not installed (scripts/setup installs it)"
+    exit 77
+  fi
+done
+if [ ! -f "$samples/Captain Science #001.cbz" ]; then
+  echo "skipped: the shared samples are not in $samples"
+  exit 77
+fi
+exec xvfb-run -a -s "-screen 0 1280x1024x24" "$@"
