@@ -62,12 +62,25 @@ QString optionsText(const QCommandLineParser& parser)
 
 } // namespace
 
-void Application::prepareEnvironment(const QStringList& arguments)
+bool Application::prepareEnvironment(const QStringList& arguments)
 {
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        return true;
+    // Commands without a window never need a display, not even when one is there.
     const Command* command = CommandTable::find(commandName(arguments));
-    if ((!command || !command->needsWindow()) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")
-        && !displayAvailable())
+    const bool wantsHelp
+        = arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h"));
+    if (!command || !command->needsWindow() || wantsHelp) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        return true;
+    }
+    if (!displayAvailable()) {
+        warn(QStringLiteral("'%1' opens a window, and no display is available (DISPLAY is not "
+                            "set); try it under xvfb-run")
+                 .arg(command->name()));
+        return false;
+    }
+    return true;
 }
 
 Application::Application(const QStringList& arguments)

@@ -22,9 +22,10 @@ public:
         UsageError = 2, // also a library or plug-in that cannot be opened
     };
 
-    // Picks Qt's platform before QApplication exists: offscreen when the
-    // command shows no window and no display is available.
-    static void prepareEnvironment(const QStringList& arguments);
+    // Picks Qt's platform before QApplication exists: offscreen unless the
+    // command shows a window. False, after telling the user, when it needs a
+    // display and none is available: exit with UsageError.
+    static bool prepareEnvironment(const QStringList& arguments);
 
     explicit Application(const QStringList& arguments);
     ~Application();

@@ -23,8 +23,6 @@
 #include <QTimer>
 #include <QWidget>
 
-#include <QtWidgets/private/qgesture_p.h>
-
 namespace {
 
 // Runs the event loop until the window may be painted: the repaint manager
@@ -38,13 +36,6 @@ void waitUntilMapped(QWidget* window)
         QTimer::singleShot(5, &loop, &QEventLoop::quit);
         loop.exec();
     }
-}
-
-// Qt delivers a gesture only to widgets that grabbed its type; a gesture made
-// by hand has none until it is given the recognizer's.
-void setGestureType(QGesture* gesture, Qt::GestureType type)
-{
-    static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->gestureType = type;
 }
 
 } // namespace
@@ -185,9 +176,8 @@ ComicsReader* SessionView::reader() const
     return m_view ? static_cast<ComicsReader*>(m_view->qt_metacast("ComicsReader")) : nullptr;
 }
 
-void SessionView::sendGesture(QGesture* gesture, Qt::GestureType type)
+void SessionView::sendGesture(QGesture* gesture)
 {
-    setGestureType(gesture, type);
     QGestureEvent event({ gesture });
     QCoreApplication::sendEvent(m_view, &event);
 }
@@ -197,7 +187,7 @@ void SessionView::sendTap(Qt::GestureState state)
     TapGesture tap;
     tap.setGestureState(state);
     tap.setPosition(QPointF(m_screen.width() / 2.0, m_screen.height() / 2.0));
-    sendGesture(&tap, TapGestureRecognizer::_gestureType);
+    sendGesture(&tap);
 }
 
 void SessionView::sendSwipe(
@@ -207,7 +197,7 @@ void SessionView::sendSwipe(
     swipe.setGestureState(Qt::GestureFinished);
     swipe.setHorizontalDirection(horizontal);
     swipe.setVerticalDirection(vertical);
-    sendGesture(&swipe, SwipeGestureRecognizer::_gestureType);
+    sendGesture(&swipe);
 }
 
 void SessionView::sendDrag(const QPoint& delta)
@@ -217,7 +207,7 @@ void SessionView::sendDrag(const QPoint& delta)
     drag.setGestureState(Qt::GestureFinished);
     drag.setDelta(delta);
     drag.setPosition(QPoint(m_screen.width() / 2, m_screen.height() / 2) + delta);
-    sendGesture(&drag, DragGestureRecognizer::_gestureType);
+    sendGesture(&drag);
 }
 
 void SessionView::sendPinch(qreal scale)
@@ -226,7 +216,7 @@ void SessionView::sendPinch(qreal scale)
     pinch.setGestureState(Qt::GestureFinished);
     pinch.setScaleFactor(scale);
     pinch.setCenterPoint(QPointF(m_screen.width() / 2.0, m_screen.height() / 2.0));
-    sendGesture(&pinch, PinchGestureRecognizer::_gestureType);
+    sendGesture(&pinch);
 }
 
 void SessionView::sendKey(int key)

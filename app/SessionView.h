@@ -77,7 +77,7 @@ private slots:
     void containerDestroyed();
 
 private:
-    void sendGesture(QGesture* gesture, Qt::GestureType type);
+    void sendGesture(QGesture* gesture);
 
     PluginInterface* m_plugin;
     PluginState* m_state;

@@ -8,7 +8,8 @@ int main(int argc, char** argv)
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
-    Application::prepareEnvironment(arguments);
+    if (!Application::prepareEnvironment(arguments))
+        return Application::UsageError;
 
     // The command line is tamber's alone: Qt would take "--plugin FILE" as
     // its own option. Widgets, because the plug-in's reading view is one.

@@ -1,6 +1,7 @@
 // The host's gesture objects.
 
 #include "DragGesture.h"
+#include "GestureRecognizers.h"
 #include "PinchGesture.h"
 #include "SwipeGesture.h"
 #include "TapGesture.h"
@@ -17,56 +18,121 @@ void setState(QGesture* gesture, Qt::GestureState state)
     static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->state = state;
 }
 
+// Qt delivers a gesture only to widgets that grabbed its type. The recognizers'
+// gestures get it from the gesture manager; those made by hand get it here.
+void setType(QGesture* gesture, Qt::GestureType type)
+{
+    static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->gestureType = type;
+}
+
 } // namespace
 
 TapGesture::TapGesture(QObject* parent)
     : QGesture(parent)
 {
+    setType(this, TapGestureRecognizer::_gestureType);
 }
 
 TapGesture::~TapGesture() = default;
-QPointF TapGesture::position() const { return m_position; }
-void TapGesture::setPosition(const QPointF& position) { m_position = position; }
-void TapGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+QPointF TapGesture::position() const
+{
+    return m_position;
+}
+void TapGesture::setPosition(const QPointF& position)
+{
+    m_position = position;
+}
+void TapGesture::setGestureState(Qt::GestureState state)
+{
+    setState(this, state);
+}
 
 SwipeGesture::SwipeGesture(QObject* parent)
     : QGesture(parent)
     , m_horizontal(QSwipeGesture::NoDirection)
     , m_vertical(QSwipeGesture::NoDirection)
 {
+    setType(this, SwipeGestureRecognizer::_gestureType);
 }
 
 SwipeGesture::~SwipeGesture() = default;
-QSwipeGesture::SwipeDirection SwipeGesture::horizontalDirection() const { return m_horizontal; }
-void SwipeGesture::setHorizontalDirection(QSwipeGesture::SwipeDirection direction) { m_horizontal = direction; }
-QSwipeGesture::SwipeDirection SwipeGesture::verticalDirection() const { return m_vertical; }
-void SwipeGesture::setVerticalDirection(QSwipeGesture::SwipeDirection direction) { m_vertical = direction; }
-void SwipeGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+QSwipeGesture::SwipeDirection SwipeGesture::horizontalDirection() const
+{
+    return m_horizontal;
+}
+void SwipeGesture::setHorizontalDirection(QSwipeGesture::SwipeDirection direction)
+{
+    m_horizontal = direction;
+}
+QSwipeGesture::SwipeDirection SwipeGesture::verticalDirection() const
+{
+    return m_vertical;
+}
+void SwipeGesture::setVerticalDirection(QSwipeGesture::SwipeDirection direction)
+{
+    m_vertical = direction;
+}
+void SwipeGesture::setGestureState(Qt::GestureState state)
+{
+    setState(this, state);
+}
 
 DragGesture::DragGesture(QObject* parent)
     : QGesture(parent)
 {
+    setType(this, DragGestureRecognizer::_gestureType);
 }
 
 DragGesture::~DragGesture() = default;
-QPoint DragGesture::delta() const { return m_delta; }
-void DragGesture::setDelta(const QPoint& delta) { m_delta = delta; }
-QPoint DragGesture::position() const { return m_position; }
-void DragGesture::setPosition(const QPoint& position) { m_position = position; }
-void DragGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+QPoint DragGesture::delta() const
+{
+    return m_delta;
+}
+void DragGesture::setDelta(const QPoint& delta)
+{
+    m_delta = delta;
+}
+QPoint DragGesture::position() const
+{
+    return m_position;
+}
+void DragGesture::setPosition(const QPoint& position)
+{
+    m_position = position;
+}
+void DragGesture::setGestureState(Qt::GestureState state)
+{
+    setState(this, state);
+}
 
 PinchGesture::PinchGesture(QObject* parent)
     : QGesture(parent)
     , m_scaleFactor(1.0)
 {
+    setType(this, PinchGestureRecognizer::_gestureType);
 }
 
 PinchGesture::~PinchGesture() = default;
-qreal PinchGesture::scaleFactor() const { return m_scaleFactor; }
-void PinchGesture::setScaleFactor(qreal factor) { m_scaleFactor = factor; }
-QPointF PinchGesture::centerPoint() const { return m_centerPoint; }
-void PinchGesture::setCenterPoint(const QPointF& point) { m_centerPoint = point; }
-void PinchGesture::setGestureState(Qt::GestureState state) { setState(this, state); }
+qreal PinchGesture::scaleFactor() const
+{
+    return m_scaleFactor;
+}
+void PinchGesture::setScaleFactor(qreal factor)
+{
+    m_scaleFactor = factor;
+}
+QPointF PinchGesture::centerPoint() const
+{
+    return m_centerPoint;
+}
+void PinchGesture::setCenterPoint(const QPointF& point)
+{
+    m_centerPoint = point;
+}
+void PinchGesture::setGestureState(Qt::GestureState state)
+{
+    setState(this, state);
+}
 
 TwoFingerScrollGesture::TwoFingerScrollGesture(QObject* parent)
     : QGesture(parent)
@@ -74,5 +140,11 @@ TwoFingerScrollGesture::TwoFingerScrollGesture(QObject* parent)
 }
 
 TwoFingerScrollGesture::~TwoFingerScrollGesture() = default;
-QPointF TwoFingerScrollGesture::delta() const { return m_delta; }
-void TwoFingerScrollGesture::setDelta(const QPointF& delta) { m_delta = delta; }
+QPointF TwoFingerScrollGesture::delta() const
+{
+    return m_delta;
+}
+void TwoFingerScrollGesture::setDelta(const QPointF& delta)
+{
+    m_delta = delta;
+}
