@@ -2,12 +2,12 @@
 
 #include "Command.h"
 #include "CommandTable.h"
+#include "HelpText.h"
 #include "Library.h"
 #include "PluginLoader.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
 
@@ -20,23 +20,24 @@ const QString pluginFileName = QStringLiteral("libcomicsreader.so");
 QCommandLineOption libraryOption()
 {
     return QCommandLineOption(QStringLiteral("library"),
-        QStringLiteral("The library file (default: $TAMBER_LIBRARY, else %1).")
-            .arg(QDir::toNativeSeparators(Library::defaultPath())),
+        QStringLiteral("The library file, created when missing (default: $TAMBER_LIBRARY, else "
+                       "tamber/library.sqlite in $XDG_DATA_HOME)."),
         QStringLiteral("FILE"));
 }
 
 QCommandLineOption pluginOption()
 {
     return QCommandLineOption(QStringLiteral("plugin"),
-        QStringLiteral("The plug-in file (default: $TAMBER_PLUGIN, else %1 beside tamber).")
+        QStringLiteral("The plug-in file (default: $TAMBER_PLUGIN, else %1 beside tamber or in "
+                       "the plugins folder beside it).")
             .arg(pluginFileName),
         QStringLiteral("FILE"));
 }
 
 QCommandLineOption helpOption()
 {
-    return QCommandLineOption(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Shows this help."));
+    return QCommandLineOption({ QStringLiteral("h"), QStringLiteral("help") },
+        QStringLiteral("Shows the help of tamber, or of the command."));
 }
 
 QCommandLineOption versionOption()
@@ -45,19 +46,17 @@ QCommandLineOption versionOption()
         { QStringLiteral("v"), QStringLiteral("version") }, QStringLiteral("Shows the version."));
 }
 
+QCommandLineOption manOption()
+{
+    return QCommandLineOption(QStringLiteral("man"),
+        QStringLiteral("Prints the manual page, every command's help, as roff (try "
+                       "\"tamber --man | man -l -\")."));
+}
+
 bool displayAvailable()
 {
     return !qEnvironmentVariableIsEmpty("DISPLAY")
         || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-}
-
-// QCommandLineParser's help without its first line, which names the program
-// by its full path.
-QString optionsText(const QCommandLineParser& parser)
-{
-    const QString text = parser.helpText();
-    const int start = text.indexOf(QLatin1String("\nOptions:"));
-    return start < 0 ? QString() : text.mid(start + 1);
 }
 
 } // namespace
@@ -118,7 +117,8 @@ int Application::run()
     const QCommandLineOption plugin = pluginOption();
     const QCommandLineOption helpFlag = helpOption();
     const QCommandLineOption versionFlag = versionOption();
-    parser.addOptions({ library, plugin, helpFlag, versionFlag });
+    const QCommandLineOption manFlag = manOption();
+    parser.addOptions({ library, plugin, helpFlag, versionFlag, manFlag });
     if (!parser.parse(m_arguments))
         return usageError(parser.errorText());
 
@@ -133,12 +133,16 @@ int Application::run()
         printLine(QStringLiteral("tamber %1").arg(QCoreApplication::applicationVersion()));
         return Success;
     }
+    if (parser.isSet(manFlag)) {
+        print(HelpText::manPage().toUtf8());
+        return Success;
+    }
     if (parser.isSet(helpFlag) && !command) {
-        print(help().toUtf8());
+        print(HelpText::programHelp().toUtf8());
         return Success;
     }
     if (rest.isEmpty()) {
-        std::fputs(help().toUtf8().constData(), stderr);
+        std::fputs(HelpText::programHelp().toUtf8().constData(), stderr);
         return UsageError;
     }
     if (!command)
@@ -160,7 +164,7 @@ int Application::runCommand(const Command& command, const QStringList& arguments
     if (!parser.parse(arguments))
         return usageError(parser.errorText(), &command);
     if (parser.isSet(helpFlag)) {
-        print(commandHelp(command, optionsText(parser)).toUtf8());
+        print(HelpText::commandHelp(command).toUtf8());
         return Success;
     }
     if (parser.isSet(library)) {
@@ -174,35 +178,23 @@ int Application::runCommand(const Command& command, const QStringList& arguments
     return command.run(*this, parser);
 }
 
-QString Application::help()
+QList<QCommandLineOption> Application::commonOptions()
 {
-    QString text = QStringLiteral(
-        "Usage: tamber [--library FILE] [--plugin FILE] COMMAND [ARGUMENTS]\n"
-        "\n"
-        "Loads the comics reader plug-in the way the e-reader does and plays the host's\n"
-        "part around it.\n"
-        "\n"
-        "Commands:\n");
-    int width = 0;
-    for (const Command* command : CommandTable::commands())
-        width = qMax(width, (command->name() + QLatin1Char(' ') + command->synopsis()).size());
-    for (const Command* command : CommandTable::commands()) {
-        const QString usage = (command->name() + QLatin1Char(' ') + command->synopsis()).trimmed();
-        text += QStringLiteral("  %1  %2\n").arg(usage, -width).arg(command->summary());
-    }
-    QCommandLineParser parser;
-    parser.addOptions({ libraryOption(), pluginOption(), helpOption(), versionOption() });
-    text += QLatin1Char('\n') + optionsText(parser);
-    text += QStringLiteral("\nRun \"tamber COMMAND --help\" for the options of a command.\n"
-                           "Exit status: 0 success, 1 some input failed, 2 usage error or a\n"
-                           "library or plug-in that cannot be opened.\n");
-    return text;
+    return { libraryOption(), pluginOption(), helpOption() };
 }
 
-QString Application::commandHelp(const Command& command, const QString& options)
+QList<QCommandLineOption> Application::programOptions()
 {
-    return QStringLiteral("Usage: tamber %1 %2\n\n%3.\n\n%4")
-        .arg(command.name(), command.synopsis(), command.summary(), options);
+    return { versionOption(), manOption() };
+}
+
+QStringList Application::pluginCandidates()
+{
+    // As built, the plug-in lies beside tamber; as installed, in the plugins
+    // folder beside it (cmake/Install.cmake).
+    const QString folder = QCoreApplication::applicationDirPath();
+    return { folder + QLatin1Char('/') + pluginFileName,
+        folder + QStringLiteral("/plugins/") + pluginFileName };
 }
 
 bool Application::openLibrary()
@@ -220,6 +212,12 @@ PluginLoader* Application::loadPlugin()
 {
     if (m_loader && m_loader->plugin())
         return m_loader.get();
+    if (pluginPath().isEmpty()) {
+        warn(QStringLiteral("cannot load the plug-in: found none at %1; --plugin FILE or "
+                            "TAMBER_PLUGIN names one")
+                 .arg(pluginCandidates().join(QStringLiteral(" or "))));
+        return nullptr;
+    }
     m_loader = std::make_unique<PluginLoader>(pluginPath());
     if (m_loader->load())
         return m_loader.get();
@@ -242,7 +240,11 @@ QString Application::pluginPath() const
         return m_plugin;
     if (!qEnvironmentVariableIsEmpty("TAMBER_PLUGIN"))
         return qEnvironmentVariable("TAMBER_PLUGIN");
-    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + pluginFileName;
+    for (const QString& candidate : pluginCandidates()) {
+        if (QFileInfo::exists(candidate))
+            return candidate;
+    }
+    return QString();
 }
 
 void Application::print(const QByteArray& bytes)

@@ -2,6 +2,8 @@
 #define APPLICATION_H
 
 #include <QByteArray>
+#include <QCommandLineOption>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -40,7 +42,15 @@ public:
     PluginLoader* loadPlugin();
 
     QString libraryPath() const;
+    // Empty when no option or variable names a plug-in and no candidate exists.
     QString pluginPath() const;
+    // Where the plug-in is looked for, in order, when nothing names one.
+    static QStringList pluginCandidates();
+
+    // The options that every command takes, before or after its word.
+    static QList<QCommandLineOption> commonOptions();
+    // The options that only tamber without a command takes.
+    static QList<QCommandLineOption> programOptions();
 
     static void print(const QByteArray& bytes);
     static void printLine(const QString& line);
@@ -55,8 +65,6 @@ public:
 
 private:
     int runCommand(const Command& command, const QStringList& arguments);
-    static QString help();
-    static QString commandHelp(const Command& command, const QString& optionsText);
 
     QStringList m_arguments;
     bool m_librarySet = false;

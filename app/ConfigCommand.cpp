@@ -25,12 +25,32 @@ QString ConfigCommand::summary() const
     return QStringLiteral("Shows or sets the social account name (\"\" clears it)");
 }
 
-void ConfigCommand::addOptions(QCommandLineParser& parser) const
+QString ConfigCommand::description() const
 {
-    parser.addPositionalArgument(QStringLiteral("KEY"), QStringLiteral("account-name"));
-    parser.addPositionalArgument(QStringLiteral("VALUE"),
-        QStringLiteral("The new value; an empty one clears the setting."),
-        QStringLiteral("[VALUE]"));
+    return QStringLiteral(
+        "The social account name is what the plug-in's parser records as the author of "
+        "drawings (pictures under /mnt/onboard/drawings/). Without NAME the "
+        "setting is printed; with NAME it is set, and an empty NAME clears it. It is kept "
+        "in the host's settings (QSettings, organisation \"tamber\"), not in the "
+        "library.");
+}
+
+QVector<Command::Argument> ConfigCommand::arguments() const
+{
+    return {
+        { QStringLiteral("account-name"), QStringLiteral("The setting; the only one."), QString() },
+        { QStringLiteral("NAME"), QStringLiteral("The new value; an empty one clears the setting."),
+            QStringLiteral("[NAME]") },
+    };
+}
+
+QVector<Command::Example> ConfigCommand::examples() const
+{
+    return {
+        { QStringLiteral("tamber config account-name pat.reads"),
+            QStringLiteral("Sets the account name.") },
+        { QStringLiteral("tamber config account-name \"\""), QStringLiteral("Clears it.") },
+    };
 }
 
 int ConfigCommand::run(Application&, const QCommandLineParser& parser) const

@@ -26,12 +26,32 @@ QString CoverCommand::summary() const
     return QStringLiteral("Writes a book's cover as PNG, or in the format of FILE's suffix");
 }
 
-void CoverCommand::addOptions(QCommandLineParser& parser) const
+QString CoverCommand::description() const
 {
-    parser.addOption(QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
-        QStringLiteral("The image file to write."), QStringLiteral("FILE")));
-    parser.addPositionalArgument(
-        QStringLiteral("BOOK"), QStringLiteral("A book id as stored, or the path of the book."));
+    return QStringLiteral(
+        "Asks the plug-in's parser for the book's cover, its first page in reading order, "
+        "and writes it at its own size. The format follows FILE's suffix when Qt can write "
+        "it (png, jpg, bmp, ppm, ...), else PNG. A book without a readable first page "
+        "makes the exit status 1.");
+}
+
+QList<QCommandLineOption> CoverCommand::options() const
+{
+    return { QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
+        QStringLiteral("The image file to write (required)."), QStringLiteral("FILE")) };
+}
+
+QVector<Command::Argument> CoverCommand::arguments() const
+{
+    return { { QStringLiteral("BOOK"),
+        QStringLiteral("A book id as stored, or a path that leads to the same file."),
+        QString() } };
+}
+
+QVector<Command::Example> CoverCommand::examples() const
+{
+    return { { QStringLiteral("tamber cover ~/Comics/Issue\\ 1.cbz -o cover.jpg"),
+        QStringLiteral("Writes the cover as a JPEG file.") } };
 }
 
 int CoverCommand::run(Application& app, const QCommandLineParser& parser) const

@@ -10,7 +10,10 @@ public:
     QString name() const override;
     QString synopsis() const override;
     QString summary() const override;
-    void addOptions(QCommandLineParser& parser) const override;
+    QString description() const override;
+    QList<QCommandLineOption> options() const override;
+    QVector<Argument> arguments() const override;
+    QVector<Example> examples() const override;
     int run(Application& app, const QCommandLineParser& parser) const override;
 };
 

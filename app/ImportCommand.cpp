@@ -34,10 +34,40 @@ QString ImportCommand::summary() const
     return QStringLiteral("Imports comic files; folders are searched for the plug-in's file types");
 }
 
-void ImportCommand::addOptions(QCommandLineParser& parser) const
+QString ImportCommand::description() const
 {
-    parser.addPositionalArgument(QStringLiteral("PATH"),
-        QStringLiteral("A comic file or a folder of them."), QStringLiteral("PATH..."));
+    return QStringLiteral(
+        "Each PATH is a comic file or a folder; a file:// URL names the same file as its "
+        "path. A folder is searched, with its subfolders but without hidden entries and "
+        "linked folders, for files whose names match the plug-in's file patterns "
+        "(\"tamber plugin\" lists them), case-insensitively. A file named on the command "
+        "line must match them too.\n"
+        "\n"
+        "The plug-in's parser lists and orders the pages and the library stores one book "
+        "record and one page record per page. Each book prints one line, its title and "
+        "its number of pages; a file that yields no pages is reported on standard error "
+        "and makes the exit status 1. On a terminal, a progress bar on standard error "
+        "follows an import of more than one file.\n"
+        "\n"
+        "Importing a file again replaces its book and page records and keeps its reading "
+        "position, reading status and dog ears. A book's id is the path it was imported "
+        "under, made absolute.");
+}
+
+QVector<Command::Argument> ImportCommand::arguments() const
+{
+    return { { QStringLiteral("PATH"), QStringLiteral("A comic file or a folder of them."),
+        QStringLiteral("PATH...") } };
+}
+
+QVector<Command::Example> ImportCommand::examples() const
+{
+    return {
+        { QStringLiteral("tamber import ~/Comics"),
+            QStringLiteral("Imports every comic under ~/Comics.") },
+        { QStringLiteral("tamber --library /tmp/try.sqlite import \"Issue 1.cbz\" page.png"),
+            QStringLiteral("Imports a comic and a single picture into a library of its own.") },
+    };
 }
 
 int ImportCommand::run(Application& app, const QCommandLineParser& parser) const

@@ -22,10 +22,27 @@ QString ListCommand::summary() const
     return QStringLiteral("Lists the books: id, title, author, pages, progress, reading status");
 }
 
-void ListCommand::addOptions(QCommandLineParser& parser) const
+QString ListCommand::description() const
 {
-    parser.addOption(QCommandLineOption(
-        QStringLiteral("json"), QStringLiteral("Prints a JSON array of books.")));
+    return QStringLiteral(
+        "Prints a table of the library's books, sorted by title: title, author, number "
+        "of pages, progress in percent, reading status (unread, reading or finished) and "
+        "the book's id, which other commands take as BOOK. An empty library prints "
+        "nothing.");
+}
+
+QList<QCommandLineOption> ListCommand::options() const
+{
+    return { QCommandLineOption(QStringLiteral("json"),
+        QStringLiteral("Prints a JSON array of book records instead, each with the fields "
+                       "id, title, author, description, mimeType, date, contentType, userId, "
+                       "imageId, pageCount, readStatus, bookmarkedPageId and percentRead.")) };
+}
+
+QVector<Command::Example> ListCommand::examples() const
+{
+    return { { QStringLiteral("tamber list --json"),
+        QStringLiteral("Prints the books as JSON, for a script to read.") } };
 }
 
 int ListCommand::run(Application& app, const QCommandLineParser& parser) const

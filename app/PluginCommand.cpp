@@ -23,10 +23,27 @@ QString PluginCommand::summary() const
     return QStringLiteral("Loads the plug-in and shows its verification text and file types");
 }
 
-void PluginCommand::addOptions(QCommandLineParser& parser) const
+QString PluginCommand::description() const
 {
-    parser.addOption(QCommandLineOption(QStringLiteral("json"),
-        QStringLiteral("Prints {\"file\", \"verification\", \"mimeTypes\", \"fileExtensions\"}.")));
+    return QStringLiteral(
+        "Loads the plug-in the way the device does and prints its file, its verification "
+        "text, the MIME types and the file patterns it declares, in the plug-in's order. "
+        "The verification text is read from the file's .qtplugin section before any of "
+        "the plug-in's code runs; a plug-in whose Qt version, debug flag or build key "
+        "differ from the device's is refused with exit status 2.");
+}
+
+QList<QCommandLineOption> PluginCommand::options() const
+{
+    return { QCommandLineOption(QStringLiteral("json"),
+        QStringLiteral("Prints {\"file\", \"verification\", \"mimeTypes\", "
+                       "\"fileExtensions\"} as JSON instead.")) };
+}
+
+QVector<Command::Example> PluginCommand::examples() const
+{
+    return { { QStringLiteral("tamber --plugin build/bin/libcomicsreader.so plugin"),
+        QStringLiteral("Checks a freshly built plug-in.") } };
 }
 
 int PluginCommand::run(Application& app, const QCommandLineParser& parser) const

@@ -62,18 +62,59 @@ bool ReadCommand::needsWindow() const
     return true;
 }
 
-void ReadCommand::addOptions(QCommandLineParser& parser) const
+QString ReadCommand::description() const
 {
-    parser.addOption(QCommandLineOption(QStringLiteral("size"),
-        QStringLiteral("The emulated screen (default %1x%2, shrunk to fit the display).")
+    return QStringLiteral(
+        "Opens the book at its saved reading position in a window that holds the reading "
+        "view the way the device's main window does: the header text above it, the page "
+        "number below, the window title showing both. It needs a display (DISPLAY or "
+        "WAYLAND_DISPLAY); xvfb-run provides one without a screen.\n"
+        "\n"
+        "The mouse works as a finger does on the device:\n"
+        "\n"
+        "click in the left third\tGoes back a page.\n"
+        "click in the right third\tGoes forward a page.\n"
+        "click in the middle\tOpens a menu: dog ear on or off, fit width, fit height, "
+        "close.\n"
+        "quick flick\tA swipe: to the left goes forward, to the right back (only when "
+        "not zoomed).\n"
+        "press and move\tPans a zoomed page; dragged far past the page's edge, turns the "
+        "page.\n"
+        "Ctrl+wheel\tZooms in or out, as a pinch does.\n"
+        "Left, Page Up\tGoes back a page.\n"
+        "Right, Page Down\tGoes forward a page.\n"
+        "Escape\tSaves the reading position and quits.\n"
+        "\n"
+        "Closing the window saves the reading position too, and so does reading past the "
+        "last page, which marks the book finished and closes the window. If a page cannot "
+        "be decoded the view closes and the exit status is 1.");
+}
+
+QList<QCommandLineOption> ReadCommand::options() const
+{
+    return { QCommandLineOption(QStringLiteral("size"),
+        QStringLiteral("The emulated screen in pixels (default: %1x%2, the device's, shrunk "
+                       "to fit the display).")
             .arg(deviceScreen.width())
             .arg(deviceScreen.height()),
-        QStringLiteral("WxH")));
-    parser.addPositionalArgument(QStringLiteral("BOOK"),
-        QStringLiteral("A book id as stored, or the path of the book. In the window, the "
-                       "arrow and page keys and clicks in the left or right third turn pages, "
-                       "a click in the middle opens a menu, a flick turns a page, a drag pans "
-                       "a zoomed page, Ctrl+wheel zooms, and Escape saves and quits."));
+        QStringLiteral("WxH")) };
+}
+
+QVector<Command::Argument> ReadCommand::arguments() const
+{
+    return { { QStringLiteral("BOOK"),
+        QStringLiteral("A book id as stored, or a path that leads to the same file."),
+        QString() } };
+}
+
+QVector<Command::Example> ReadCommand::examples() const
+{
+    return {
+        { QStringLiteral("tamber read ~/Comics/Issue\\ 1.cbz"),
+            QStringLiteral("Reads the book from where it was left.") },
+        { QStringLiteral("xvfb-run tamber read ~/Comics/Issue\\ 1.cbz --size 536x724"),
+            QStringLiteral("Reads on a virtual display, at half the device's size.") },
+    };
 }
 
 int ReadCommand::run(Application& app, const QCommandLineParser& parser) const

@@ -43,23 +43,58 @@ QString RenderCommand::summary() const
     return QStringLiteral("Writes what the reading view paints for a page, as an image file");
 }
 
-void RenderCommand::addOptions(QCommandLineParser& parser) const
+QString RenderCommand::description() const
 {
-    parser.addOptions({
+    return QStringLiteral(
+        "Opens the book in a new reading view of the emulated screen's size, without a "
+        "window, goes to page N, applies the zoom, paints once and writes what the view "
+        "painted: the page scaled to fit, centred on white. The format follows FILE's "
+        "suffix when Qt can write it, else PNG. Nothing is saved to the library: the "
+        "reading position stays as it was.\n"
+        "\n"
+        "Unless --orientation says otherwise, the page decides the orientation: a page "
+        "wider than it is high turns the view to landscape. A page that cannot be "
+        "decoded makes the exit status 1, and so does a page beyond the book's last.");
+}
+
+QList<QCommandLineOption> RenderCommand::options() const
+{
+    return {
         QCommandLineOption(QStringLiteral("page"),
             QStringLiteral("The page, counted from 1 (default: 1)."), QStringLiteral("N")),
         QCommandLineOption(QStringLiteral("size"),
-            QStringLiteral("The emulated screen (default: 1072x1448)."), QStringLiteral("WxH")),
-        QCommandLineOption(QStringLiteral("zoom"), QStringLiteral("The zoom factor (default: 1)."),
+            QStringLiteral("The emulated screen in pixels (default: 1072x1448, the device's)."),
+            QStringLiteral("WxH")),
+        QCommandLineOption(QStringLiteral("zoom"),
+            QStringLiteral("The zoom factor: 1 fits the page to the screen, 2 shows its "
+                           "top left part at twice that size (default: 1)."),
             QStringLiteral("Z")),
         QCommandLineOption(QStringLiteral("orientation"),
-            QStringLiteral("0 or 2 upright, 1 or 3 turned (default: as the page first shown)."),
+            QStringLiteral("0 or 2 upright, 1 or 3 turned to landscape (default: as the page "
+                           "decides)."),
             QStringLiteral("O")),
         QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
-            QStringLiteral("The image file to write."), QStringLiteral("FILE")),
-    });
-    parser.addPositionalArgument(
-        QStringLiteral("BOOK"), QStringLiteral("A book id as stored, or the path of the book."));
+            QStringLiteral("The image file to write (required)."), QStringLiteral("FILE")),
+    };
+}
+
+QVector<Command::Argument> RenderCommand::arguments() const
+{
+    return { { QStringLiteral("BOOK"),
+        QStringLiteral("A book id as stored, or a path that leads to the same file."),
+        QString() } };
+}
+
+QVector<Command::Example> RenderCommand::examples() const
+{
+    return {
+        { QStringLiteral("tamber render ~/Comics/Issue\\ 1.cbz --page 3 -o page3.png"),
+            QStringLiteral("Writes page 3 as the device's screen shows it.") },
+        { QStringLiteral("tamber render ~/Comics/Issue\\ 1.cbz --size 600x800 --zoom 2 "
+                         "-o detail.png"),
+            QStringLiteral("Writes the top left part of page 1 at twice the size, on a "
+                           "smaller screen.") },
+    };
 }
 
 int RenderCommand::run(Application& app, const QCommandLineParser& parser) const

@@ -23,12 +23,34 @@ QString ShowCommand::summary() const
     return QStringLiteral("Shows a book's record and its page records in reading order");
 }
 
-void ShowCommand::addOptions(QCommandLineParser& parser) const
+QString ShowCommand::description() const
 {
-    parser.addOption(QCommandLineOption(QStringLiteral("json"),
-        QStringLiteral("Prints {\"volume\": BOOK, \"pages\": [PAGE, ...]} as JSON.")));
-    parser.addPositionalArgument(
-        QStringLiteral("BOOK"), QStringLiteral("A book id as stored, or the path of the book."));
+    return QStringLiteral(
+        "Prints the book's fields as the library stores them (id, title, author, "
+        "description, MIME type, date, content type, user id, image id, pages, status, "
+        "progress and the page of its reading position), then one line per page in "
+        "reading order: its 0-based index, its title and its id.");
+}
+
+QList<QCommandLineOption> ShowCommand::options() const
+{
+    return { QCommandLineOption(QStringLiteral("json"),
+        QStringLiteral("Prints {\"volume\": BOOK, \"pages\": [PAGE, ...]} as JSON instead; "
+                       "a page record has the fields id, title, bookId, volumeIndex, "
+                       "contentType, mimeType and userId.")) };
+}
+
+QVector<Command::Argument> ShowCommand::arguments() const
+{
+    return { { QStringLiteral("BOOK"),
+        QStringLiteral("A book id as stored, or a path that leads to the same file."),
+        QString() } };
+}
+
+QVector<Command::Example> ShowCommand::examples() const
+{
+    return { { QStringLiteral("tamber show ~/Comics/Issue\\ 1.cbz"),
+        QStringLiteral("Shows the book imported from that file, and its pages.") } };
 }
 
 int ShowCommand::run(Application& app, const QCommandLineParser& parser) const
