@@ -1,22 +1,13 @@
-# The reading view: construction and opening, navigation and saving, painting,
-# input, dog ears. Each suite compiles the view's shared fixture.
-foreach(suite tst_readeropen tst_readernavigation tst_readerpaint tst_readerinput
-    tst_readerdogears)
-  tamber_add_test(${suite} ${suite}.cpp readersupport/ReaderFixture.cpp
-    readersupport/ReaderFixture.h LABELS reader)
-  target_include_directories(${suite} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/readersupport)
-endforeach()
+# The reading view where no trace can see it: meta-object, pixels, pans,
+# touch, dog ears from the store. Its traces are checked by tst_session.
+tamber_add_test(tst_reader tst_reader.cpp LABELS reader)
 
 # The host's gesture framework: recognizers, receiver, panning mixin.
-tamber_add_test(tst_gestures tst_gestures.cpp readersupport/GestureScript.cpp
-  readersupport/GestureScript.h LABELS host)
-target_include_directories(tst_gestures PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/readersupport)
+tamber_add_test(tst_gestures tst_gestures.cpp LABELS host)
 
 # Reading in a real window: "tamber read" on a virtual X server, driven with
-# xdotool and pictured with xwd. Skipped without those tools or the samples.
-add_executable(tst_readwindow tst_readwindow.cpp readersupport/ReadWindowDriver.cpp
-  readersupport/ReadWindowDriver.h readersupport/XwdImage.cpp readersupport/XwdImage.h)
-target_include_directories(tst_readwindow PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/readersupport)
+# xdotool. Skipped without those tools or the samples.
+add_executable(tst_readwindow tst_readwindow.cpp)
 target_link_libraries(tst_readwindow PRIVATE tamber_internal tamber_testsupport Qt5::Test)
 add_dependencies(tst_readwindow tamber-app comicsreader unrar)
 add_test(NAME tst_readwindow

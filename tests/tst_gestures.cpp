@@ -1,59 +1,159 @@
 // The host's gesture framework: the recognizers fed with mouse, touch and
-// wheel events, the receiver's hand-over of swipes, the panning mixin's
-// reports, and the whole chain through Qt's gesture manager in a widget.
+// wheel events written as scripts, the receiver's hand-over of swipes, and the
+// panning mixin's reports. The whole chain behind a real window, from X input
+// to the view, is tst_readwindow's.
 
 #include "DragGesture.h"
 #include "GestureDelegate.h"
 #include "GestureReceiver.h"
 #include "GestureRecognizers.h"
 #include "GestureRegistration.h"
-#include "GestureScript.h"
 #include "PanningViewMixin.h"
 #include "PinchGesture.h"
 #include "SwipeGesture.h"
-#include "TapGesture.h"
 #include "ZoomController.h"
 
 #include <QGestureEvent>
-#include <QWidget>
 #include <QtTest>
 
 #include <memory>
 
 namespace {
 
-// A widget that is its own gesture delegate and logs what it is handed.
-class GestureLog : public QWidget, public GestureReceiver, public GestureDelegate
+QPointF point(const QString& text)
+{
+    return QPointF(text.section(QLatin1Char(','), 0, 0).toDouble(),
+        text.section(QLatin1Char(','), 1, 1).toDouble());
+}
+
+QTouchEvent::TouchPoint finger(int id, const QPointF& position, Qt::TouchPointState state)
+{
+    QTouchEvent::TouchPoint touch(id);
+    touch.setScreenPos(position);
+    touch.setPos(position);
+    touch.setState(state);
+    return touch;
+}
+
+// One event of a script such as "press 10,10 @0; move 40,10 @20" (screen
+// positions, then the timestamp): press, move, release (left button); rpress
+// (right button); hover (no button); down, slide, up (one finger); two A B
+// (two fingers down); lift A B (the second of two lifted); wheel N and
+// plainwheel N (wheel steps with and without Ctrl); ctrlup.
+std::unique_ptr<QEvent> inputEvent(const QString& step)
+{
+    struct Mouse
+    {
+        QEvent::Type type;
+        Qt::MouseButton button;
+        Qt::MouseButtons held;
+    };
+    static const QHash<QString, Mouse> mice {
+        { "press", { QEvent::MouseButtonPress, Qt::LeftButton, Qt::LeftButton } },
+        { "move", { QEvent::MouseMove, Qt::NoButton, Qt::LeftButton } },
+        { "release", { QEvent::MouseButtonRelease, Qt::LeftButton, Qt::NoButton } },
+        { "rpress", { QEvent::MouseButtonPress, Qt::RightButton, Qt::RightButton } },
+        { "hover", { QEvent::MouseMove, Qt::NoButton, Qt::NoButton } },
+    };
+    struct Touch
+    {
+        QEvent::Type type;
+        Qt::TouchPointState first;
+        Qt::TouchPointState second; // 0: one finger
+    };
+    static const QHash<QString, Touch> touches {
+        { "down", { QEvent::TouchBegin, Qt::TouchPointPressed, {} } },
+        { "slide", { QEvent::TouchUpdate, Qt::TouchPointMoved, {} } },
+        { "up", { QEvent::TouchEnd, Qt::TouchPointReleased, {} } },
+        { "two", { QEvent::TouchUpdate, Qt::TouchPointMoved, Qt::TouchPointMoved } },
+        { "lift", { QEvent::TouchUpdate, Qt::TouchPointStationary, Qt::TouchPointReleased } },
+    };
+    static QTouchDevice* screen = QTest::createTouchDevice();
+
+    QStringList words = step.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const ulong time
+        = words.last().startsWith(QLatin1Char('@')) ? words.takeLast().mid(1).toULong() : 0;
+    const QString verb = words.value(0);
+    const QPointF at = point(words.value(1));
+    std::unique_ptr<QInputEvent> event;
+    if (mice.contains(verb)) {
+        const Mouse mouse = mice.value(verb);
+        event.reset(new QMouseEvent(mouse.type, at, at, at, mouse.button, mouse.held, {}));
+    } else if (touches.contains(verb)) {
+        const Touch touch = touches.value(verb);
+        QList<QTouchEvent::TouchPoint> fingers { finger(0, at, touch.first) };
+        if (touch.second)
+            fingers << finger(1, point(words.value(2)), touch.second);
+        event.reset(new QTouchEvent(touch.type, screen, {}, touch.first | touch.second, fingers));
+    } else if (verb == QLatin1String("ctrlup")) {
+        event.reset(new QKeyEvent(QEvent::KeyRelease, Qt::Key_Control, Qt::NoModifier));
+    } else {
+        const bool ctrl = verb == QLatin1String("wheel");
+        event.reset(new QWheelEvent(at, at, QPoint(),
+            QPoint(0, int(words.value(1).toDouble() * GestureThresholds::WheelStepAngle)),
+            Qt::NoButton, ctrl ? Qt::ControlModifier : Qt::NoModifier, Qt::NoScrollPhase, false));
+    }
+    event->setTimestamp(time);
+    return event;
+}
+
+// What a report of the gesture carries: a drag's delta, a swipe's
+// directions, a pinch's scale.
+QString payload(QGesture* gesture)
+{
+    if (auto* drag = qobject_cast<DragGesture*>(gesture))
+        return QStringLiteral("(%1,%2)").arg(drag->delta().x()).arg(drag->delta().y());
+    if (auto* swipe = qobject_cast<SwipeGesture*>(gesture)) {
+        static const char* const names[] = { "", "left", "right", "up", "down" };
+        QStringList parts { QLatin1String(names[swipe->horizontalDirection()]),
+            QLatin1String(names[swipe->verticalDirection()]) };
+        parts.removeAll(QString());
+        return QStringLiteral("(%1)").arg(parts.join(QLatin1Char('+')));
+    }
+    if (auto* pinch = qobject_cast<PinchGesture*>(gesture))
+        return QStringLiteral("(%1)").arg(pinch->scaleFactor(), 0, 'g', 4);
+    return QString();
+}
+
+// Feeds the script to the recognizer as Qt's gesture manager would, resetting
+// the gesture after it finishes or is canceled, and names each result.
+QString recognize(QGestureRecognizer* recognizer, const QString& script)
+{
+    QObject target;
+    std::unique_ptr<QGesture> gesture(recognizer->create(&target));
+    QStringList results;
+    for (const QString& step : script.split(QLatin1Char(';'))) {
+        const std::unique_ptr<QEvent> event = inputEvent(step.trimmed());
+        switch (recognizer->recognize(gesture.get(), &target, event.get())
+            & QGestureRecognizer::ResultState_Mask) {
+        case QGestureRecognizer::MayBeGesture:
+            results << QStringLiteral("maybe");
+            break;
+        case QGestureRecognizer::TriggerGesture:
+            results << QStringLiteral("trigger") + payload(gesture.get());
+            break;
+        case QGestureRecognizer::FinishGesture:
+            results << QStringLiteral("finish") + payload(gesture.get());
+            recognizer->reset(gesture.get());
+            break;
+        case QGestureRecognizer::CancelGesture:
+            results << QStringLiteral("cancel");
+            recognizer->reset(gesture.get());
+            break;
+        default:
+            results << QStringLiteral("ignore");
+        }
+    }
+    return results.join(QLatin1Char(' '));
+}
+
+// A receiver that is its own delegate and counts the swipes it is handed.
+class SwipeCounter : public GestureReceiver, public GestureDelegate
 {
 public:
-    GestureLog() { setGestureDelegate(this); }
-
-    bool tapGesture(GestureReceiver*, TapGesture* gesture) override
-    {
-        log << QStringLiteral("tap%1").arg(int(gesture->state()));
-        return true;
-    }
-    bool swipeGesture(GestureReceiver*, SwipeGesture* gesture) override
-    {
-        log << QStringLiteral("swipe") + payload(gesture);
-        return true;
-    }
-    bool dragGesture(GestureReceiver*, DragGesture*) override { return true; }
-    bool pinchGesture(GestureReceiver*, PinchGesture* gesture) override
-    {
-        log << QStringLiteral("pinch") + payload(gesture);
-        return true;
-    }
-
-    QStringList log;
-
-protected:
-    bool event(QEvent* event) override
-    {
-        if (event->type() == QEvent::Gesture)
-            return gestureEvent(static_cast<QGestureEvent*>(event));
-        return QWidget::event(event);
-    }
+    SwipeCounter() { setGestureDelegate(this); }
+    bool swipeGesture(GestureReceiver*, SwipeGesture*) override { return ++swipes; }
+    int swipes = 0;
 };
 
 // A panning view that logs the offsets it is given.
@@ -71,181 +171,120 @@ class TestGestures : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-
-    void tap_data();
-    void tap();
-    void swipe_data();
-    void swipe();
-    void drag_data();
-    void drag();
-    void pinch_data();
-    void pinch();
-
+    void recognizers_data();
+    void recognizers();
     void swipeReachesTheDelegateOnceOver_data();
     void swipeReachesTheDelegateOnceOver();
     void dragIsReportedWholeWhenItEnds_data();
     void dragIsReportedWholeWhenItEnds();
     void pinchZoomsWithinTheControllersBounds_data();
     void pinchZoomsWithinTheControllersBounds();
-
-    void mouseInputReachesAGrabbingWidget();
 };
 
-void TestGestures::initTestCase()
+void TestGestures::recognizers_data()
 {
-    registerGestureRecognizers();
-    QVERIFY(TapGestureRecognizer::_gestureType != Qt::CustomGesture);
-}
-
-void TestGestures::tap_data()
-{
+    QTest::addColumn<QString>("gesture");
     QTest::addColumn<QString>("script");
     QTest::addColumn<QString>("results");
+    const auto row
+        = [](const char* behaviour, const char* gesture, const char* script, const char* results) {
+              QTest::newRow(behaviour) << QString(gesture) << QString(script) << QString(results);
+          };
 
-    QTest::newRow("a click") << "press 10,10; release 10,10"
-                             << "trigger finish";
-    QTest::newRow("a wobble within 16 pixels stays a tap")
-        << "press 10,10; move 26,10; release 10,26"
-        << "trigger trigger finish";
-    QTest::newRow("moving further cancels it") << "press 10,10; move 27,10; release 27,10"
-                                               << "trigger cancel ignore";
-    QTest::newRow("a long press is still a tap") << "press 10,10 @0; release 10,10 @5000"
-                                                 << "trigger finish";
-    QTest::newRow("the right button taps nothing") << "rpress 10,10; hover 10,10"
-                                                   << "ignore ignore";
-    QTest::newRow("a release without a press") << "release 10,10"
-                                               << "ignore";
-    QTest::newRow("a finger") << "down 10,10; slide 12,12; up 12,12"
-                              << "trigger trigger finish";
-    QTest::newRow("a second finger cancels it") << "down 10,10; two 10,10 80,80"
-                                                << "trigger cancel";
+    row("a click taps", "tap", "press 10,10; release 10,10", "trigger finish");
+    row("a wobble within 16 pixels stays a tap", "tap", "press 10,10; move 26,10; release 10,26",
+        "trigger trigger finish");
+    row("moving further cancels a tap", "tap", "press 10,10; move 27,10; release 27,10",
+        "trigger cancel ignore");
+    row("a long press is still a tap", "tap", "press 10,10 @0; release 10,10 @5000",
+        "trigger finish");
+    row("the right button taps nothing", "tap", "rpress 10,10; hover 10,10", "ignore ignore");
+    row("a finger taps", "tap", "down 10,10; slide 12,12; up 12,12", "trigger trigger finish");
+    row("a second finger cancels a tap", "tap", "down 10,10; two 10,10 80,80", "trigger cancel");
+
+    row("a quick flick to the left swipes", "swipe",
+        "press 200,100 @0; move 120,100 @50; release 139,100 @100", "ignore ignore finish(left)");
+    row("60 pixels is far enough to swipe", "swipe", "press 0,0 @0; release 60,0 @10",
+        "ignore finish(right)");
+    row("59 pixels is not", "swipe", "press 0,0 @0; release 59,0 @10", "ignore cancel");
+    row("released at 400 ms", "swipe", "press 0,200 @1000; release 0,100 @1400",
+        "ignore finish(up)");
+    row("released at 401 ms is no flick", "swipe", "press 0,200 @1000; release 0,100 @1401",
+        "ignore cancel");
+    row("a drift across under half stays straight", "swipe", "press 0,0; release 140,69",
+        "ignore finish(right)");
+    row("a diagonal carries both directions", "swipe", "press 100,100; release 0,180",
+        "ignore finish(left+down)");
+    row("a finger swipes", "swipe", "down 0,0 @0; up 0,-90 @30", "ignore finish(up)");
+    row("two fingers are no swipe", "swipe", "down 0,0; two 0,0 90,0; up 90,0",
+        "ignore cancel ignore");
+
+    row("a drag starts beyond a tap, first with the whole movement", "drag",
+        "press 100,100; move 110,100; move 120,95; move 125,90; release 125,90",
+        "ignore ignore trigger(20,-5) trigger(5,-5) finish(0,0)");
+    row("the release carries the last movement", "drag", "press 0,0; move 0,30; release 0,42",
+        "ignore trigger(0,30) finish(0,12)");
+    row("a click is no drag", "drag", "press 0,0; move 5,5; release 5,5", "ignore ignore cancel");
+    row("a finger drags", "drag", "down 0,0; slide -40,0; up -50,0",
+        "ignore trigger(-40,0) finish(-10,0)");
+    row("a second finger cancels a drag", "drag", "down 0,0; slide 30,0; two 30,0 90,0",
+        "ignore trigger(30,0) cancel");
+
+    row("Ctrl+wheel zooms in a step at a time", "pinch", "wheel 1; wheel 2; ctrlup",
+        "trigger(1.1) trigger(1.21) finish(1)");
+    row("and out by the inverse", "pinch", "wheel -1", "trigger(0.9091)");
+    row("the wheel alone zooms nothing", "pinch", "plainwheel 1", "ignore");
+    row("the wheel without Ctrl ends a pinch", "pinch", "wheel 1; plainwheel 1",
+        "trigger(1.1) finish(1)");
+    row("two fingers moving apart pinch", "pinch",
+        "down 0,0; two 0,0 100,0; two 0,0 150,0; two 0,0 75,0; lift 0,0 75,0",
+        "ignore trigger(1) trigger(1.5) trigger(0.5) finish(1)");
+    row("one finger is no pinch", "pinch", "down 0,0; slide 50,0; up 50,0", "ignore ignore ignore");
 }
 
-void TestGestures::tap()
+void TestGestures::recognizers()
 {
+    QFETCH(QString, gesture);
     QFETCH(QString, script);
     QFETCH(QString, results);
-    TapGestureRecognizer recognizer;
-    QCOMPARE(recognizeScript(&recognizer, script), results);
-}
 
-void TestGestures::swipe_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("results");
-
-    QTest::newRow("a quick flick to the left")
-        << "press 200,100 @0; move 120,100 @50; release 139,100 @100"
-        << "ignore ignore finish(left)";
-    QTest::newRow("60 pixels is far enough") << "press 0,0 @0; release 60,0 @10"
-                                             << "ignore finish(right)";
-    QTest::newRow("59 pixels is not") << "press 0,0 @0; release 59,0 @10"
-                                      << "ignore cancel";
-    QTest::newRow("released at 400 ms") << "press 0,200 @1000; release 0,100 @1400"
-                                        << "ignore finish(up)";
-    QTest::newRow("released at 401 ms is no flick") << "press 0,200 @1000; release 0,100 @1401"
-                                                    << "ignore cancel";
-    QTest::newRow("a drift across under half stays straight") << "press 0,0; release 140,69"
-                                                              << "ignore finish(right)";
-    QTest::newRow("a diagonal carries both directions") << "press 100,100; release 0,180"
-                                                        << "ignore finish(left+down)";
-    QTest::newRow("a finger") << "down 0,0 @0; up 0,-90 @30"
-                              << "ignore finish(up)";
-    QTest::newRow("two fingers are no swipe") << "down 0,0; two 0,0 90,0; up 90,0"
-                                              << "ignore cancel ignore";
-}
-
-void TestGestures::swipe()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, results);
-    SwipeGestureRecognizer recognizer;
-    QCOMPARE(recognizeScript(&recognizer, script), results);
-}
-
-void TestGestures::drag_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("results");
-
-    QTest::newRow("starts beyond a tap, first with the whole movement")
-        << "press 100,100; move 110,100; move 120,95; move 125,90; release 125,90"
-        << "ignore ignore trigger(20,-5) trigger(5,-5) finish(0,0)";
-    QTest::newRow("the release carries the last movement") << "press 0,0; move 0,30; release 0,42"
-                                                           << "ignore trigger(0,30) finish(0,12)";
-    QTest::newRow("a click is no drag") << "press 0,0; move 5,5; release 5,5"
-                                        << "ignore ignore cancel";
-    QTest::newRow("moving without a button") << "hover 0,0; hover 90,90"
-                                             << "ignore ignore";
-    QTest::newRow("a finger") << "down 0,0; slide -40,0; up -50,0"
-                              << "ignore trigger(-40,0) finish(-10,0)";
-    QTest::newRow("a second finger cancels it") << "down 0,0; slide 30,0; two 30,0 90,0"
-                                                << "ignore trigger(30,0) cancel";
-}
-
-void TestGestures::drag()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, results);
-    DragGestureRecognizer recognizer;
-    QCOMPARE(recognizeScript(&recognizer, script), results);
-}
-
-void TestGestures::pinch_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("results");
-
-    QTest::newRow("Ctrl+wheel zooms in a step at a time") << "wheel 1; wheel 2; ctrlup"
-                                                          << "trigger(1.1) trigger(1.21) finish(1)";
-    QTest::newRow("and out by the inverse") << "wheel -1"
-                                            << "trigger(0.9091)";
-    QTest::newRow("the wheel alone zooms nothing") << "plainwheel 1"
-                                                   << "ignore";
-    QTest::newRow("the wheel without Ctrl ends a pinch") << "wheel 1; plainwheel 1"
-                                                         << "trigger(1.1) finish(1)";
-    QTest::newRow("two fingers moving apart")
-        << "down 0,0; two 0,0 100,0; two 0,0 150,0; two 0,0 75,0; lift 0,0 75,0"
-        << "ignore trigger(1) trigger(1.5) trigger(0.5) finish(1)";
-    QTest::newRow("one finger is no pinch") << "down 0,0; slide 50,0; up 50,0"
-                                            << "ignore ignore ignore";
-}
-
-void TestGestures::pinch()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, results);
-    PinchGestureRecognizer recognizer;
-    QCOMPARE(recognizeScript(&recognizer, script), results);
+    std::unique_ptr<QGestureRecognizer> recognizer;
+    if (gesture == QLatin1String("tap"))
+        recognizer = std::make_unique<TapGestureRecognizer>();
+    else if (gesture == QLatin1String("swipe"))
+        recognizer = std::make_unique<SwipeGestureRecognizer>();
+    else if (gesture == QLatin1String("drag"))
+        recognizer = std::make_unique<DragGestureRecognizer>();
+    else
+        recognizer = std::make_unique<PinchGestureRecognizer>();
+    QCOMPARE(recognize(recognizer.get(), script), results);
 }
 
 void TestGestures::swipeReachesTheDelegateOnceOver_data()
 {
     QTest::addColumn<int>("state");
-    QTest::addColumn<bool>("handed");
+    QTest::addColumn<int>("handed");
 
     // Qt reports a swipe recognized on the release as started, then finished.
-    QTest::newRow("started") << int(Qt::GestureStarted) << false;
-    QTest::newRow("updated") << int(Qt::GestureUpdated) << false;
-    QTest::newRow("finished") << int(Qt::GestureFinished) << true;
-    QTest::newRow("canceled") << int(Qt::GestureCanceled) << false;
-    QTest::newRow("made by hand, in no state") << int(Qt::NoGesture) << true;
+    QTest::newRow("started") << int(Qt::GestureStarted) << 0;
+    QTest::newRow("updated") << int(Qt::GestureUpdated) << 0;
+    QTest::newRow("finished") << int(Qt::GestureFinished) << 1;
+    QTest::newRow("canceled") << int(Qt::GestureCanceled) << 0;
+    QTest::newRow("made by hand, in no state") << int(Qt::NoGesture) << 1;
 }
 
 void TestGestures::swipeReachesTheDelegateOnceOver()
 {
     QFETCH(int, state);
-    QFETCH(bool, handed);
+    QFETCH(int, handed);
 
-    GestureLog widget;
+    SwipeCounter receiver;
     SwipeGesture swipe;
-    swipe.setHorizontalDirection(QSwipeGesture::Left);
     swipe.setGestureState(Qt::GestureState(state));
     QGestureEvent event({ &swipe });
 
-    QVERIFY(widget.gestureEvent(&event));
-    QCOMPARE(widget.log, handed ? QStringList { QStringLiteral("swipe(left)") } : QStringList());
+    QVERIFY(receiver.gestureEvent(&event));
+    QCOMPARE(receiver.swipes, handed);
 }
 
 void TestGestures::dragIsReportedWholeWhenItEnds_data()
@@ -265,9 +304,6 @@ void TestGestures::dragIsReportedWholeWhenItEnds_data()
     QTest::newRow("a drag back to its start moves nothing")
         << QList<int> { started, finished } << QList<QPoint> { { 40, 0 }, { -40, 0 } }
         << QList<QPoint>();
-    QTest::newRow("a drag made by hand in one piece")
-        << QList<int> { int(Qt::NoGesture) } << QList<QPoint> { { -5, 7 } }
-        << QList<QPoint> { { -5, 7 } };
     QTest::newRow("drags do not add up")
         << QList<int> { started, finished, started, finished }
         << QList<QPoint> { { 10, 0 }, { 0, 0 }, { 0, 20 }, { 0, 0 } }
@@ -322,43 +358,6 @@ void TestGestures::pinchZoomsWithinTheControllersBounds()
 
     view.processPinchGesture(&pinch);
     QCOMPARE(controller.currentZoomFactor(), zoom);
-}
-
-// The recognizers at work behind a real widget: Qt's gesture manager feeds
-// them the widget's input and delivers what they recognize.
-void TestGestures::mouseInputReachesAGrabbingWidget()
-{
-    GestureLog widget;
-    for (const Qt::GestureType type :
-        { TapGestureRecognizer::_gestureType, DragGestureRecognizer::_gestureType,
-            SwipeGestureRecognizer::_gestureType, PinchGestureRecognizer::_gestureType })
-        widget.grabGesture(type);
-    widget.resize(300, 300);
-    widget.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&widget));
-
-    QWindow* window = widget.windowHandle();
-    QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
-    // Started on the press and finished on the release; updated or not between.
-    widget.log.removeAll(QStringLiteral("tap%1").arg(int(Qt::GestureUpdated)));
-    QCOMPARE(widget.log,
-        (QStringList { QStringLiteral("tap%1").arg(int(Qt::GestureStarted)),
-            QStringLiteral("tap%1").arg(int(Qt::GestureFinished)) }));
-
-    widget.log.clear();
-    QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, QPoint(250, 150));
-    QTest::mouseMove(window, QPoint(150, 150));
-    QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, QPoint(100, 150));
-    QCOMPARE(
-        widget.log.filter(QStringLiteral("swipe")), QStringList { QStringLiteral("swipe(left)") });
-    // The tap that the press began ends on the way.
-    QCOMPARE(widget.log.last(), QStringLiteral("swipe(left)"));
-    QVERIFY(widget.log.contains(QStringLiteral("tap%1").arg(int(Qt::GestureCanceled))));
-
-    widget.log.clear();
-    std::unique_ptr<QEvent> wheel = makeInputEvent(QStringLiteral("wheel 1"));
-    QCoreApplication::sendEvent(&widget, wheel.get());
-    QCOMPARE(widget.log, QStringList { QStringLiteral("pinch(1.1)") });
 }
 
 QTEST_MAIN(TestGestures)

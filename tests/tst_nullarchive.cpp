@@ -27,10 +27,7 @@ private:
 
 QString TestNullArchive::write(const QString& name, const QByteArray& bytes)
 {
-    QFile file(dir.filePath(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return QString();
-    return file.fileName();
+    return TestSupport::writeFile(dir.filePath(name), bytes) ? dir.filePath(name) : QString();
 }
 
 QString TestNullArchive::write(const QString& name, const QSize& size, const char* format)

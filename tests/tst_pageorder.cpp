@@ -70,6 +70,8 @@ void TestPageOrder::pageList_data()
 
     row("worked example", "cbz", example, exampleOrder);
     row("RAR pages order the same way", "cbr", example, exampleOrder);
+    row("upper case comes first in a listing too", "cbz", { "a.png", "Z.png" },
+        { "Z.png", "a.png" });
     row("__MACOSX folders are dropped at any depth", "cbz", { "d/__MACOSX/x.png", "1.png" },
         { "1.png" });
     row("__macosx in lower case is kept", "cbz", { "__macosx/x.png" }, { "__macosx/x.png" });

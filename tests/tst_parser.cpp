@@ -1,3 +1,5 @@
+// The comic parser: the records it announces for each kind of path, and covers.
+
 #include "ComicsReaderParser.h"
 #include "Device.h"
 #include "PagewiseSettings.h"
@@ -45,7 +47,6 @@ class TestParser : public QObject
 
 private slots:
     void initTestCase();
-    void comicRecords();
     void recordsByPath_data();
     void recordsByPath();
     void noPages_data();
@@ -66,87 +67,54 @@ void TestParser::initTestCase()
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
     png = TestSupport::encode(TestSupport::makePage(30, 40), "PNG");
     // The first page by stem is not the first entry.
-    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("cover.cbz")),
-        { { "b/2.png", TestSupport::encode(TestSupport::makePage(20, 20), "PNG") },
-            { "a/10.png", png }, { "notes.txt", "x" } }));
+    const QByteArray small = TestSupport::encode(TestSupport::makePage(20, 20), "PNG");
+    const QList<TestSupport::ZipEntry> pages
+        = { { "b/2.png", small }, { "a/10.png", png }, { "notes.txt", "x" } };
+    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("cover.cbz")), pages));
+    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("My Book.v2.cbz")), pages));
     QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("notes.cbz")), { { "a.txt", "x" } }));
     QVERIFY(TestSupport::writeRar(dir.filePath(QStringLiteral("Comic.CBR")), { { "1.png", png } }));
-}
-
-void TestParser::comicRecords()
-{
-    QList<TestSupport::ZipEntry> entries;
-    for (int page : { 7, 1, 12, 3, 10, 2, 11, 5, 4, 9, 6, 8 })
-        entries << TestSupport::ZipEntry(
-            QByteArray::number(page).rightJustified(2, '0') + ".png", png);
-    const QString path = dir.filePath(QStringLiteral("My Book.v2.cbz"));
-    QVERIFY(TestSupport::writeZip(path, entries));
-
-    ComicsReaderParser parser;
-    Announcements announced(parser);
-    parser.parse(path);
-
-    QCOMPARE(announced.order, QString(12, QLatin1Char('p')) + QLatin1Char('v'));
-    const Volume& volume = announced.volumes.first();
-    QCOMPARE(volume.getId(), path);
-    QCOMPARE(volume.pageCount(), 12);
-    QCOMPARE(volume.getContentType(), QStringLiteral("6"));
-    QCOMPARE(volume.attribute(ATTRIBUTE_TITLE), QVariant(QStringLiteral("My Book.v2")));
-    QCOMPARE(volume.attribute(ATTRIBUTE_DESCRIPTION), QVariant(QString()));
-    QCOMPARE(volume.attribute(ATTRIBUTE_ATTRIBUTION), QVariant(QStringLiteral("Unknown Author")));
-    QCOMPARE(volume.attribute(ATTRIBUTE_MIME_TYPE), QVariant(QStringLiteral("application/x-cbz")));
-    QVERIFY(volume.attribute(ATTRIBUTE_DATE).toDateTime().isValid());
-    QCOMPARE(volume.getUserID(), QStringLiteral("cbz_user"));
-
-    for (int i = 0; i < 12; ++i) {
-        const Pagelet& pagelet = announced.pagelets.at(i);
-        const QString entry = QString::number(i + 1).rightJustified(2, QLatin1Char('0')) + ".png";
-        QCOMPARE(pagelet.getId(), path + QLatin1Char('/') + entry);
-        QCOMPARE(pagelet.getContentType(), QStringLiteral("9"));
-        QCOMPARE(pagelet.getVolumeIndex(), i);
-        QCOMPARE(pagelet.getBookId(), path);
-        QCOMPARE(pagelet.getTitle(), QStringLiteral("Page %1").arg(i + 1));
-        QCOMPARE(pagelet.attribute(ATTRIBUTE_MIME_TYPE), volume.attribute(ATTRIBUTE_MIME_TYPE));
-        QCOMPARE(pagelet.getUserID(), QStringLiteral("cbz_user"));
-    }
 }
 
 void TestParser::recordsByPath_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("account");
+    QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("author");
     QTest::addColumn<QString>("mimeType");
     QTest::addColumn<QString>("imageId");
     QTest::addColumn<QString>("firstPage"); // empty: the image file itself
 
-    const auto row
-        = [](const char* behaviour, const QString& path, const char* account, const char* author,
-              const char* mimeType, const char* imageId, const char* firstPage) {
-              QTest::newRow(behaviour) << path << QString(account) << QString(author)
-                                       << QStringLiteral("application/x-") + mimeType
-                                       << QString(imageId) << QString(firstPage);
-          };
+    const auto row = [](const char* behaviour, const QString& path, const char* account,
+                         const char* title, const char* author, const char* mimeType,
+                         const char* imageId, const char* firstPage) {
+        QTest::newRow(behaviour) << path << QString(account) << QString(title) << QString(author)
+                                 << QStringLiteral("application/x-") + mimeType << QString(imageId)
+                                 << QString(firstPage);
+    };
     const QString sketch = QStringLiteral("/mnt/onboard/drawings/My sketch.png");
     const char* sketchId = "_mnt_onboard_drawings_My_sketch_png";
 
-    row("drawing without an account", sketch, "", "Ostra Sketch", "cbz", sketchId, "");
-    row("drawing with an account", sketch, "Ann", "Ann", "cbz", sketchId, "");
+    row("drawing without an account", sketch, "", "My sketch", "Ostra Sketch", "cbz", sketchId, "");
+    row("drawing with an account", sketch, "Ann", "My sketch", "Ann", "cbz", sketchId, "");
     row("file:// drawing keeps the prefix in its ids", "file:///mnt/onboard/drawings/a.png", "Ann",
-        "Ann", "cbz", "file____mnt_onboard_drawings_a_png", "");
-    row("the drawings folder is case-sensitive", "/mnt/onboard/Drawings/a.png", "Ann",
+        "a", "Ann", "cbz", "file____mnt_onboard_drawings_a_png", "");
+    row("the drawings folder is case-sensitive", "/mnt/onboard/Drawings/a.png", "Ann", "a",
         "Unknown Author", "cbz", "_mnt_onboard_Drawings_a_png", "");
     // Temporary paths: their image ids are not checked.
-    row("upper-case CBR", dir.filePath(QStringLiteral("Comic.CBR")), "", "Unknown Author", "cbr",
-        "", "1.png");
-    row("file:// comic", QStringLiteral("file://") + dir.filePath(QStringLiteral("cover.cbz")), "",
-        "Unknown Author", "cbz", "", "a/10.png");
+    row("upper-case CBR", dir.filePath(QStringLiteral("Comic.CBR")), "", "Comic", "Unknown Author",
+        "cbr", "", "1.png");
+    row("file:// comic, its title everything before the last dot",
+        QStringLiteral("file://") + dir.filePath(QStringLiteral("My Book.v2.cbz")), "",
+        "My Book.v2", "Unknown Author", "cbz", "", "a/10.png");
 }
 
 void TestParser::recordsByPath()
 {
     QFETCH(QString, path);
     QFETCH(QString, account);
+    QFETCH(QString, title);
     QFETCH(QString, author);
     QFETCH(QString, mimeType);
     QFETCH(QString, imageId);
@@ -158,9 +126,11 @@ void TestParser::recordsByPath()
     parser.parse(path);
     PagewiseSettings(Device()).setFacebookName(QString());
 
-    QVERIFY(announced.order.endsWith(QLatin1Char('v')));
+    // The pages are announced before their book.
+    QCOMPARE(announced.order, QString(announced.pagelets.size(), QLatin1Char('p')) + 'v');
     const Volume& volume = announced.volumes.first();
     QCOMPARE(volume.getId(), path);
+    QCOMPARE(volume.attribute(ATTRIBUTE_TITLE).toString(), title);
     QCOMPARE(volume.attribute(ATTRIBUTE_ATTRIBUTION).toString(), author);
     QCOMPARE(volume.attribute(ATTRIBUTE_MIME_TYPE).toString(), mimeType);
     if (!imageId.isEmpty())

@@ -17,12 +17,6 @@ QString readLine(qint64 count, const QString& name)
         .arg(name);
 }
 
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class TestZipArchive : public QObject
@@ -75,7 +69,7 @@ void TestZipArchive::failedReads_data()
 
     const QString path = dir.filePath(QStringLiteral("fixture.cbz"));
     QVERIFY(TestSupport::writeZip(path, { { "page.png", png }, { "empty.png", "" } }));
-    const QByteArray good = readFile(path);
+    const QByteArray good = TestSupport::readFile(path);
     const QString noZip = QStringLiteral("ZIP OPEN ERROR:  %1").arg(ZIP_ER_NOZIP);
 
     QTest::newRow("not a ZIP") << QByteArray("Rar!\x1a\x07\x01\x00", 8) << "page.png"
@@ -98,7 +92,7 @@ void TestZipArchive::failedReads_data()
         QVERIFY(archive && zip_file_set_encryption(archive, 0, ZIP_EM_AES_256, "secret") == 0);
         QCOMPARE(zip_close(archive), 0);
         QTest::newRow("encrypted entry")
-            << readFile(path) << "page.png" << QStringList(readLine(-1, "page.png"));
+            << TestSupport::readFile(path) << "page.png" << QStringList(readLine(-1, "page.png"));
     }
 }
 
@@ -109,9 +103,7 @@ void TestZipArchive::failedReads()
     QFETCH(QStringList, lines);
 
     const QString path = dir.filePath(QStringLiteral("case.cbz"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(zip) == zip.size());
-    file.close();
+    QVERIFY(TestSupport::writeFile(path, zip));
 
     MessageLog log;
     ComicZipArchive archive(path);

@@ -6,7 +6,7 @@
 set -u
 samples=$1
 shift
-for tool in xvfb-run xauth xdotool xwd; do
+for tool in xvfb-run xauth xdotool; do
   if ! command -v "$tool" >/dev/null 2>&1; then
     echo "skipped: $tool is not installed (scripts/setup installs it)"
     exit 77

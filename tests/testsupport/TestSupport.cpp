@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPainter>
+#include <QProcess>
 
 #include <zip.h>
 
@@ -34,21 +35,23 @@ bool writeZip(const QString& path, const QList<ZipEntry>& entries)
 {
     QFile::remove(path);
     int error = 0;
-    zip_t* archive = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+    zip_t* archive
+        = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &error);
     if (!archive)
         return false;
     // libzip reads the buffers when the archive is closed, so keep them alive.
     QList<QByteArray> keep;
     for (const ZipEntry& entry : entries) {
         keep << entry.second;
-        zip_source_t* source = zip_source_buffer(archive, keep.last().constData(),
-            zip_uint64_t(keep.last().size()), 0);
+        zip_source_t* source = zip_source_buffer(
+            archive, keep.last().constData(), zip_uint64_t(keep.last().size()), 0);
         if (!source)
             return false;
         const bool isDirectory = entry.first.endsWith('/');
         const zip_int64_t index = isDirectory
             ? zip_dir_add(archive, entry.first.constData(), ZIP_FL_ENC_RAW)
-            : zip_file_add(archive, entry.first.constData(), source, ZIP_FL_ENC_RAW | ZIP_FL_OVERWRITE);
+            : zip_file_add(
+                archive, entry.first.constData(), source, ZIP_FL_ENC_RAW | ZIP_FL_OVERWRITE);
         if (isDirectory)
             zip_source_free(source);
         if (index < 0) {
@@ -59,6 +62,30 @@ bool writeZip(const QString& path, const QList<ZipEntry>& entries)
         }
     }
     return zip_close(archive) == 0;
+}
+
+bool writeComic(const QString& path, int count, const QSize& pageSize)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    const QByteArray page = encode(makePage(pageSize.width(), pageSize.height()), "PNG");
+    QList<ZipEntry> entries;
+    for (int i = 1; i <= count; ++i)
+        entries << ZipEntry(
+            QStringLiteral("p%1.png").arg(i, 2, 10, QLatin1Char('0')).toUtf8(), page);
+    return writeZip(path, entries);
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 QImage makePage(int width, int height, const QColor& ink)
@@ -156,10 +183,51 @@ QByteArray pngHeaderOnly(const QSize& size)
     auto chunk = [&](const QByteArray& type, const QByteArray& data) {
         return bigEndian32(quint32(data.size())) + type + data + bigEndian32(crc32(type + data));
     };
-    const QByteArray header = bigEndian32(quint32(size.width())) + bigEndian32(quint32(size.height()))
+    const QByteArray header = bigEndian32(quint32(size.width()))
+        + bigEndian32(quint32(size.height()))
         + QByteArray("\x01\x00\x00\x00\x00", 5); // 1 bit, greyscale, no interlace
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header)
         + chunk("IDAT", QByteArray("\x78\x9c", 2));
+}
+
+Tamber::Tamber(const QString& folder)
+    : environment(QProcessEnvironment::systemEnvironment())
+    , m_folder(folder)
+{
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder + QStringLiteral("/config"));
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), folder + QStringLiteral("/data"));
+    environment.insert(QStringLiteral("TAMBER_LIBRARY"), library());
+    environment.remove(QStringLiteral("TAMBER_PLUGIN"));
+    environment.remove(QStringLiteral("QT_LOGGING_RULES"));
+    // Without it Qt warns on standard error, which tests check is empty.
+    const QString runtime = folder + QStringLiteral("/runtime");
+    QDir().mkpath(runtime);
+    QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
+}
+
+QString Tamber::library() const
+{
+    return m_folder + QStringLiteral("/library.sqlite");
+}
+
+Tamber::Run Tamber::run(
+    const QStringList& arguments, const QByteArray& input, const QString& workingDirectory) const
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(workingDirectory.isEmpty() ? m_folder : workingDirectory);
+    process.start(binDir() + QStringLiteral("/tamber"), arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    Run run;
+    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
+        return run;
+    run.status = process.exitCode();
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
 }
 
 namespace {

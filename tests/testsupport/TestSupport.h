@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QList>
 #include <QPair>
+#include <QProcessEnvironment>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -26,6 +27,13 @@ QString binDir();
 using ZipEntry = QPair<QByteArray, QByteArray>;
 bool writeZip(const QString& path, const QList<ZipEntry>& entries);
 
+// A comic of count PNG pages made by makePage, named p01.png, p02.png, ...
+bool writeComic(const QString& path, int count, const QSize& pageSize = QSize(60, 80));
+
+QByteArray readFile(const QString& path);
+// Creates the folder too.
+bool writeFile(const QString& path, const QByteArray& bytes);
+
 // A page-like picture: a light ground with a dark frame, so that scaling and
 // placement can be checked on pixels.
 QImage makePage(int width, int height, const QColor& ink = Qt::black);
@@ -39,6 +47,29 @@ bool writeRar(const QString& path, const QList<ZipEntry>& entries);
 // The start of a one-bit greyscale PNG: its header claims the given size, its
 // pixel data is cut off, so it reports the size but never decodes.
 QByteArray pngHeaderOnly(const QSize& size);
+
+// The built tamber program, run as a user runs it but with a library, settings
+// and data of its own in folder.
+class Tamber
+{
+public:
+    struct Run
+    {
+        int status = -1; // -1: did not finish
+        QByteArray out;
+        QByteArray err;
+    };
+
+    explicit Tamber(const QString& folder);
+    Run run(const QStringList& arguments, const QByteArray& input = QByteArray(),
+        const QString& workingDirectory = QString()) const;
+    QString library() const;
+
+    QProcessEnvironment environment;
+
+private:
+    QString m_folder;
+};
 
 // Collects the debug, warning and info lines written while it lives, so that
 // tests can check for a line and for the absence of any.

@@ -1,0 +1,555 @@
+// The reading view where no trace can see it: its meta-object, what the paint
+// handler puts on the screen, pans, touch, and dog ears that only the store
+// can hold. Its signals and host calls on every path (opening, turning,
+// saving, the end of the book, gestures, keys, zoom, dog ears) are checked end
+// to end by the session scripts in sessions/.
+
+#include "ComicArchive.h"
+#include "ComicsReader.h"
+#include "DogEarManager.h"
+#include "Library.h"
+#include "TestSupport.h"
+#include "ZoomController.h"
+
+#include <QMetaMethod>
+#include <QPainter>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QTouchEvent>
+#include <QtTest>
+
+namespace {
+
+const QColor ink = Qt::blue;
+const QColor white = Qt::white;
+
+// A reading view whose state the tests can see and set, and which counts the
+// paint events it handles.
+class ProbeReader : public ComicsReader
+{
+public:
+    using ComicsReader::archive;
+    using ComicsReader::ComicsReader;
+    using ComicsReader::currentPage;
+    using ComicsReader::event;
+    using ComicsReader::isInAnimationMode;
+    using ComicsReader::pages;
+    using ComicsReader::panX;
+    using ComicsReader::panY;
+    using ComicsReader::renderedPage;
+    using ComicsReader::volume;
+
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        ++paints;
+        ComicsReader::paintEvent(event);
+    }
+};
+
+// Pages p1.png, p2.png, ... in memory; counts the entries it decodes.
+class FakeArchive : public ComicArchive
+{
+public:
+    FakeArchive(const QList<QImage>& images, int* decodes)
+        : ComicArchive(QString())
+        , m_images(images)
+        , m_decodes(decodes)
+    {
+    }
+    QStringList files() override { return {}; }
+    QImage data(const QString& name) override
+    {
+        ++*m_decodes;
+        return m_images.value(name.mid(1, name.indexOf(QLatin1Char('.')) - 1).toInt() - 1);
+    }
+
+private:
+    QList<QImage> m_images;
+    int* m_decodes;
+};
+
+QImage solid(int width, int height, const QColor& colour)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(colour);
+    return image;
+}
+
+// Left half one colour, right half another.
+QImage halves(int width, int height, const QColor& left, const QColor& right)
+{
+    QImage image = solid(width, height, left);
+    QPainter(&image).fillRect(width / 2, 0, width - width / 2, height, right);
+    return image;
+}
+
+// What the view paints over a ground of the given colour: what the paint
+// handler leaves alone keeps the ground's colour.
+QImage paint(QWidget* view, const QColor& ground = Qt::red)
+{
+    QImage image(view->size(), QImage::Format_RGB32);
+    image.fill(ground);
+    view->render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+    return image;
+}
+
+} // namespace
+
+class TestReader : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void methods_data();
+    void methods();
+    void bookWithoutPagesOnlySetsTheHeader();
+    void inMemoryImageIsNeverAnimated();
+    void touchIsSwallowed_data();
+    void touchIsSwallowed();
+
+    void placement_data();
+    void placement();
+    void samePageNeitherDecodesNorFills();
+    void panIsClampedKeptAndRepaintedOnlyOnChange();
+    void firstPageDecidesTheRotation_data();
+    void firstPageDecidesTheRotation();
+    void undecodablePageClosesTheContainer_data();
+    void undecodablePageClosesTheContainer();
+
+    void checkDogEar_data();
+    void checkDogEar();
+    void removeDogEarByPageKey_data();
+    void removeDogEarByPageKey();
+
+private:
+    // A 200 x 300 view on a book of these pages, from an archive in memory;
+    // book ids ending in anything but ".cbz" get no archive.
+    ProbeReader* makeView(
+        const QList<QImage>& images, const QString& bookId = QStringLiteral("/books/b.cbz"));
+    // A view whose store holds a new book's dog ears with these extra data, in
+    // order; "hidden:" before one marks it hidden.
+    ProbeReader* dogEaredView(const QStringList& dogEars);
+    QStringList storedDogEars() const;
+
+    QTemporaryDir dir;
+    QPointer<QWidget> container;
+    int decodes = 0;
+    QString dogEaredBook;
+};
+
+void TestReader::initTestCase()
+{
+    QVERIFY(dir.isValid());
+    QString error;
+    QVERIFY2(Library::open(dir.filePath(QStringLiteral("library.db")), &error), qPrintable(error));
+}
+
+void TestReader::init()
+{
+    container = new QWidget;
+    decodes = 0;
+}
+
+void TestReader::cleanup()
+{
+    delete container;
+}
+
+ProbeReader* TestReader::makeView(const QList<QImage>& images, const QString& bookId)
+{
+    // The host hands the view a child of its container; the view hangs itself
+    // on the container.
+    auto* view = new ProbeReader(new QWidget(container), nullptr);
+    view->resize(200, 300);
+    view->volume.setId(bookId);
+    view->volume.setPageCount(images.size());
+    for (int i = 0; i < images.size(); ++i) {
+        Pagelet page;
+        page.setId(bookId + QStringLiteral("/p%1.png").arg(i + 1));
+        page.setVolumeIndex(i);
+        view->pages << page;
+    }
+    if (bookId.endsWith(QLatin1String(".cbz")))
+        view->archive = new FakeArchive(images, &decodes);
+    return view;
+}
+
+void TestReader::methods_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QByteArray>("signature");
+    QTest::addColumn<QByteArray>("names");
+
+    // The nine signals, then the slots; signatures and parameter names.
+    const char* const methods[] = {
+        "prevChapter()",
+        "nextChapter()",
+        "footerEvent(QString,int,int) title,page,numPages",
+        "setChapterIndex(int) index",
+        "setHeaderText(QString)",
+        "doneLoading()",
+        "allHighlightsLoaded()",
+        "processSwipe(SwipeGesture*) swipe",
+        "processTap(TapGesture*) tap",
+        "renderVolume(Volume,ReadingNavigationType) volume,type",
+        "renderPagelet(Pagelet,ReadingNavigationType) content,type",
+        "renderPageletWithBookmark(Pagelet,Bookmark,ReadingNavigationType) pagelet,bookmark,type",
+        "renderImage(QByteArray) imageData",
+        "saveBookmark(bool,Volume*) send,volumeToUpdate",
+        "goToPrevPage()",
+        "goToNextPage()",
+        "goToPage(int) page",
+        "fontSettingsChanged()",
+        "addDogEar()",
+        "removeDogEar()",
+        "removeDogEar(Bookmark&) dogEar",
+        "checkDogEar(bool&) hasDogEar",
+        "areDogEarsLoaded(bool&) isLoaded",
+        "getDogEarKey(int&,Bookmark) key,dogEar",
+        "onUserZoomChanged()",
+    };
+    int index = 0;
+    for (const char* method : methods) {
+        const QList<QByteArray> parts = QByteArray(method).split(' ');
+        QTest::newRow(parts.first()) << index++ << parts.first() << parts.value(1);
+    }
+}
+
+void TestReader::methods()
+{
+    QFETCH(int, index);
+    QFETCH(QByteArray, signature);
+    QFETCH(QByteArray, names);
+
+    const QMetaObject& meta = ComicsReader::staticMetaObject;
+    QCOMPARE(meta.superClass(), &QWidget::staticMetaObject);
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 25);
+    QCOMPARE(meta.propertyCount(), meta.propertyOffset());
+    const QMetaMethod method = meta.method(meta.methodOffset() + index);
+    QCOMPARE(method.methodSignature(), signature);
+    QCOMPARE(method.parameterNames().join(','), names);
+    QCOMPARE(method.methodType(), index < 9 ? QMetaMethod::Signal : QMetaMethod::Slot);
+    if (index >= 9) {
+        const bool isPrivate = signature == "onUserZoomChanged()";
+        QCOMPARE(method.access(), isPrivate ? QMetaMethod::Private : QMetaMethod::Public);
+    }
+}
+
+void TestReader::bookWithoutPagesOnlySetsTheHeader()
+{
+    auto* view = new ProbeReader(new QWidget(container), nullptr);
+    QSignalSpy header(view, &ComicsReader::setHeaderText);
+    QSignalSpy page(view, &ComicsReader::setChapterIndex);
+    QSignalSpy done(view, &ComicsReader::doneLoading);
+    Volume unknown;
+    unknown.setId(QStringLiteral("/books/none.cbz"));
+    unknown.setTitle(QStringLiteral("None"));
+
+    QTest::ignoreMessage(QtDebugMsg, "No comics for \"/books/none.cbz\"");
+    view->renderVolume(unknown, ReadingNavigationRestore);
+
+    QCOMPARE(header.count(), 1);
+    QCOMPARE(header.first().first().toString(), QStringLiteral("None"));
+    QVERIFY(page.isEmpty() && done.isEmpty());
+    QVERIFY(view->volume.getId().isEmpty());
+}
+
+void TestReader::inMemoryImageIsNeverAnimated()
+{
+    auto* image = new ProbeReader(new QWidget(container), nullptr);
+    image->renderImage(TestSupport::encode(solid(40, 60, ink), "PNG"));
+    image->enterAnimationMode();
+    QVERIFY(!image->isInAnimationMode());
+
+    ProbeReader* book = makeView({ solid(40, 60, ink) });
+    book->enterAnimationMode();
+    QVERIFY(book->isInAnimationMode());
+}
+
+void TestReader::touchIsSwallowed_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::newRow("touch begin") << int(QEvent::TouchBegin);
+    QTest::newRow("touch update") << int(QEvent::TouchUpdate);
+    QTest::newRow("touch end") << int(QEvent::TouchEnd);
+    QTest::newRow("event 209") << 209;
+}
+
+void TestReader::touchIsSwallowed()
+{
+    QFETCH(int, type);
+    ProbeReader* view = makeView({});
+    QTouchEvent event { QEvent::Type(type) };
+
+    QVERIFY(view->event(&event));
+    // The default handling would have ignored it.
+    QVERIFY(event.isAccepted());
+}
+
+void TestReader::placement_data()
+{
+    QTest::addColumn<QSize>("pageSize");
+    QTest::addColumn<QList<QPoint>>("onPage");
+    QTest::addColumn<QList<QPoint>>("onWhite");
+
+    QTest::newRow("a narrow page is centred across on white")
+        << QSize(100, 300) << QList<QPoint> { { 50, 0 }, { 149, 299 } }
+        << QList<QPoint> { { 0, 0 }, { 49, 150 }, { 150, 150 }, { 199, 299 } };
+    QTest::newRow("a square page is centred down on white")
+        << QSize(200, 200) << QList<QPoint> { { 0, 50 }, { 199, 249 } }
+        << QList<QPoint> { { 0, 0 }, { 100, 49 }, { 100, 250 }, { 199, 299 } };
+    QTest::newRow("a page exactly as wide as the view has no margin")
+        << QSize(200, 300) << QList<QPoint> { { 0, 0 }, { 199, 299 } } << QList<QPoint> {};
+    QTest::newRow("a page one pixel narrower keeps its left edge")
+        << QSize(199, 300) << QList<QPoint> { { 0, 0 }, { 198, 299 } }
+        << QList<QPoint> { { 199, 0 }, { 199, 299 } };
+    QTest::newRow("a small page is scaled up to fit")
+        << QSize(50, 75) << QList<QPoint> { { 0, 0 }, { 199, 299 } } << QList<QPoint> {};
+}
+
+void TestReader::placement()
+{
+    QFETCH(QSize, pageSize);
+    QFETCH(QList<QPoint>, onPage);
+    QFETCH(QList<QPoint>, onWhite);
+
+    ProbeReader* view = makeView({ solid(pageSize.width(), pageSize.height(), ink) });
+    const QImage shot = paint(view);
+
+    for (const QPoint& point : onPage)
+        QVERIFY2(shot.pixelColor(point) == ink,
+            qPrintable(QStringLiteral("page expected at %1,%2").arg(point.x()).arg(point.y())));
+    for (const QPoint& point : onWhite)
+        QVERIFY2(shot.pixelColor(point) == white,
+            qPrintable(QStringLiteral("white expected at %1,%2").arg(point.x()).arg(point.y())));
+    QCOMPARE(int(view->orientation()), 0);
+    QCOMPARE(view->renderedPage, 0);
+}
+
+void TestReader::samePageNeitherDecodesNorFills()
+{
+    ProbeReader* view = makeView({ solid(100, 300, ink), solid(100, 300, Qt::green) });
+
+    QImage shot = paint(view, Qt::red);
+    QCOMPARE(decodes, 1);
+    QCOMPARE(shot.pixelColor(0, 0), white);
+
+    // The margin keeps whatever lay under the view: no fill this time.
+    shot = paint(view, Qt::red);
+    QCOMPARE(decodes, 1);
+    QCOMPARE(shot.pixelColor(0, 0), QColor(Qt::red));
+    QCOMPARE(shot.pixelColor(100, 150), ink);
+
+    view->setPage(1);
+    shot = paint(view, Qt::red);
+    QCOMPARE(decodes, 2);
+    QCOMPARE(shot.pixelColor(0, 0), white);
+    QCOMPARE(shot.pixelColor(100, 150), QColor(Qt::green));
+
+    // A zoom or orientation change prepares the page again.
+    view->zoomController()->setZoomFactor(1.5);
+    paint(view);
+    view->setOrientation(ScreenOrientationPortrait);
+    paint(view);
+    QCOMPARE(decodes, 4);
+}
+
+void TestReader::panIsClampedKeptAndRepaintedOnlyOnChange()
+{
+    ProbeReader* view = makeView({ halves(200, 300, Qt::red, ink) });
+    container->resize(200, 300);
+    container->show();
+    QVERIFY(QTest::qWaitForWindowExposed(container));
+    view->zoomController()->setZoomFactor(2.0);
+
+    // At twice the size the page is 400 x 600: the pan stops at its right edge
+    // and its top, and the view shows the blue half. Scaled smoothly, the
+    // halves blend only right at their border (x 200).
+    view->panX = 1000;
+    view->panY = -40;
+    QImage shot = paint(view, Qt::green);
+    QCOMPARE(QPoint(view->panX, view->panY), QPoint(200, 0));
+    QCOMPARE(shot.pixelColor(10, 0), ink);
+    QCOMPARE(shot.pixelColor(199, 299), ink);
+    view->panX = 100;
+    shot = paint(view, Qt::green);
+    QCOMPARE(shot.pixelColor(90, 150), QColor(Qt::red));
+    QCOMPARE(shot.pixelColor(110, 150), ink);
+
+    // Moving the finger left and up moves the view toward the page's right
+    // and bottom, repainting at once, and no further than the page goes.
+    view->panX = 0;
+    const int paints = view->paints;
+    view->processOffset(QPoint(-50, -30));
+    QCOMPARE(QPoint(view->panX, view->panY), QPoint(50, 30));
+    QCOMPARE(view->paints, paints + 1);
+    view->processOffset(QPoint(-500, -70));
+    QCOMPARE(QPoint(view->panX, view->panY), QPoint(200, 100));
+    QCOMPARE(view->paints, paints + 2);
+    view->processOffset(QPoint(-10, 0));
+    QCOMPARE(QPoint(view->panX, view->panY), QPoint(200, 100));
+    QCOMPARE(view->paints, paints + 2);
+}
+
+void TestReader::firstPageDecidesTheRotation_data()
+{
+    QTest::addColumn<QSize>("firstPage");
+    QTest::addColumn<QSize>("secondPage");
+    QTest::addColumn<int>("rotation");
+    QTest::addColumn<QPoint>("red");
+    QTest::addColumn<QPoint>("blue");
+    QTest::addColumn<QPoint>("margin"); // (-1, -1): none
+
+    // The second page is red on its left half and blue on its right. Turned,
+    // its left lies at the top; scaled to the view's height across, it is
+    // wider than the view, which shows its left part.
+    QTest::newRow("a wide first page turns the whole book")
+        << QSize(300, 200) << QSize(200, 300) << 1 << QPoint(100, 10) << QPoint(100, 290)
+        << QPoint(-1, -1);
+    QTest::newRow("a tall first page keeps the book upright")
+        << QSize(200, 300) << QSize(300, 200) << 0 << QPoint(10, 150) << QPoint(190, 150)
+        << QPoint(100, 10);
+    QTest::newRow("a square first page counts as upright")
+        << QSize(200, 200) << QSize(300, 200) << 0 << QPoint(10, 150) << QPoint(190, 150)
+        << QPoint(100, 10);
+}
+
+void TestReader::firstPageDecidesTheRotation()
+{
+    QFETCH(QSize, firstPage);
+    QFETCH(QSize, secondPage);
+    QFETCH(int, rotation);
+    QFETCH(QPoint, red);
+    QFETCH(QPoint, blue);
+    QFETCH(QPoint, margin);
+
+    ProbeReader* view = makeView({ solid(firstPage.width(), firstPage.height(), Qt::green),
+        halves(secondPage.width(), secondPage.height(), Qt::red, Qt::blue) });
+    paint(view);
+    QCOMPARE(int(view->orientation()), rotation);
+
+    view->goToNextPage();
+    const QImage shot = paint(view);
+
+    QCOMPARE(int(view->orientation()), rotation);
+    QCOMPARE(shot.pixelColor(red), QColor(Qt::red));
+    QCOMPARE(shot.pixelColor(blue), QColor(Qt::blue));
+    if (margin.x() >= 0)
+        QCOMPARE(shot.pixelColor(margin), white);
+}
+
+void TestReader::undecodablePageClosesTheContainer_data()
+{
+    QTest::addColumn<QString>("bookId");
+
+    QTest::newRow("an entry that is no image") << "/books/broken.cbz";
+    QTest::newRow("a file that no archive opens") << "/books/notes.unknown";
+}
+
+void TestReader::undecodablePageClosesTheContainer()
+{
+    QFETCH(QString, bookId);
+    ProbeReader* view = makeView({ solid(200, 300, ink), QImage() }, bookId);
+    view->setPage(1);
+
+    QTest::ignoreMessage(QtDebugMsg, "Couldn't figure out this file type!");
+    const QImage shot = paint(view, Qt::red);
+
+    QCOMPARE(shot, solid(200, 300, Qt::red));
+    QCOMPARE(view->renderedPage, -1);
+    QVERIFY2(container, "the container goes only when deferred deletions run");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(container.isNull());
+}
+
+ProbeReader* TestReader::dogEaredView(const QStringList& dogEars)
+{
+    static int books = 0;
+    dogEaredBook = QStringLiteral("/books/dogeared%1.cbz").arg(++books);
+    for (QString extraData : dogEars) {
+        Bookmark dogEar;
+        dogEar.setHidden(extraData.startsWith(QLatin1String("hidden:")));
+        dogEar.setExtraData(extraData.remove(QStringLiteral("hidden:")));
+        if (!Library::addDogEar(dogEaredBook, dogEar))
+            return nullptr;
+    }
+    DogEarManager::sharedInstance()->createTable(dogEaredBook, true);
+    return makeView({ solid(10, 10, ink) }, dogEaredBook);
+}
+
+QStringList TestReader::storedDogEars() const
+{
+    QStringList extraData;
+    for (const Bookmark& dogEar : Library::dogEars(dogEaredBook))
+        extraData << (dogEar.isHidden() ? QStringLiteral("hidden:") : QString())
+                + dogEar.getExtraData();
+    return extraData;
+}
+
+void TestReader::checkDogEar_data()
+{
+    QTest::addColumn<QStringList>("dogEars");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<bool>("hasDogEar");
+
+    QTest::newRow("a hidden dog ear does not count") << QStringList { "hidden:3" } << 3 << false;
+    QTest::newRow("a visible one after a hidden one does")
+        << QStringList { "hidden:3", "3" } << 3 << true;
+    QTest::newRow("empty extra data never counts, even on the first page")
+        << QStringList { "" } << 0 << false;
+    QTest::newRow("extra data that is no number counts on the first page")
+        << QStringList { "abc" } << 0 << true;
+    QTest::newRow("and only there") << QStringList { "abc" } << 1 << false;
+}
+
+void TestReader::checkDogEar()
+{
+    QFETCH(QStringList, dogEars);
+    QFETCH(int, page);
+    QFETCH(bool, hasDogEar);
+
+    ProbeReader* view = dogEaredView(dogEars);
+    QVERIFY(view);
+    view->currentPage = page;
+    bool flag = false;
+    view->checkDogEar(flag);
+    QCOMPARE(flag, hasDogEar);
+}
+
+void TestReader::removeDogEarByPageKey_data()
+{
+    QTest::addColumn<QStringList>("dogEars");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QStringList>("left");
+
+    // The store asks the view for each dog ear's key.
+    QTest::newRow("extra data that is no number belongs to the first page")
+        << QStringList { "abc", "2" } << 0 << QStringList { "2" };
+    QTest::newRow("hidden ones go by their key too")
+        << QStringList { "hidden:1", "1", "5" } << 1 << QStringList { "5" };
+    QTest::newRow("a page without a dog ear removes nothing")
+        << QStringList { "2", "" } << 4 << QStringList { "2", "" };
+}
+
+void TestReader::removeDogEarByPageKey()
+{
+    QFETCH(QStringList, dogEars);
+    QFETCH(int, page);
+    QFETCH(QStringList, left);
+
+    ProbeReader* view = dogEaredView(dogEars);
+    QVERIFY(view);
+    view->currentPage = page;
+    view->removeDogEar();
+    QCOMPARE(storedDogEars(), left);
+}
+
+QTEST_MAIN(TestReader)
+#include "tst_reader.moc"
