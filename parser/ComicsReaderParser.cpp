@@ -91,13 +91,14 @@ void ComicsReaderParser::parse(const QString& path)
     volume.setImageId(imageIdFor(path));
 
     // The pages are announced before their book.
+    const QString pageTitle = tr("Page %1");
     for (int i = 0; i < pages.size(); ++i) {
         Pagelet pagelet;
         pagelet.setId(path + QLatin1Char('/') + pages.at(i));
         pagelet.setContentType(QStringLiteral("9"));
         pagelet.setVolumeIndex(i);
         pagelet.setBookId(path);
-        pagelet.setTitle(tr("Page %1").arg(i + 1));
+        pagelet.setTitle(pageTitle.arg(i + 1));
         pagelet.setAttribute(ATTRIBUTE_MIME_TYPE, mimeType);
         pagelet.setUserID(userId);
         emit pageletParsed(pagelet);
@@ -123,8 +124,9 @@ bool ComicsReaderParser::isSupportedImage(const QString& name)
     static const QList<QByteArray> formats = QImageReader::supportedImageFormats();
 
     for (const QByteArray& format : formats) {
-        // A bare ending test, without a dot: "scanjpg" counts as a JPEG.
-        if (name.endsWith(QString::fromLatin1(format.constData()), Qt::CaseInsensitive)
+        // A bare ending test, without a dot: "scanjpg" counts as a JPEG. The
+        // format is compared as Latin-1 in place, with no string made per entry.
+        if (name.endsWith(QLatin1String(format.constData()), Qt::CaseInsensitive)
             && !name.contains(QLatin1String("__MACOSX/")))
             return true;
     }

@@ -1,0 +1,36 @@
+#ifndef BENCHPROGRAM_H
+#define BENCHPROGRAM_H
+
+#include "Workload.h"
+
+#include <QString>
+#include <QStringList>
+
+// What every benchmark program does first and last: Google Benchmark's flags,
+// then its own (--workload=DIR, the folder that bench-workload made), and an
+// environment, inherited by the programs it runs, that touches neither a
+// display nor the user's settings.
+class BenchProgram
+{
+public:
+    // Call before QApplication, which must not see the benchmark flags.
+    BenchProgram(int& argc, char** argv);
+
+    // Removes --NAME=VALUE from the arguments and returns VALUE.
+    static QString takeOption(int& argc, char** argv, const char* name);
+    // Loads the workload named by --workload; false after printing why.
+    bool loadWorkload();
+    const Workload& workload() const { return loaded; }
+    bool isSmoke() const { return loaded.scale == QLatin1String("smoke"); }
+    // The folder of the built programs: tamber, the plug-in, the extractor.
+    static QString binDir();
+
+    int run();
+
+private:
+    QString workloadDir;
+    QString settingsDir;
+    Workload loaded;
+};
+
+#endif
