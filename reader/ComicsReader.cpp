@@ -62,6 +62,11 @@ ComicsReader::ComicsReader(QWidget* parent, PluginState* state)
     if (pluginState)
         pluginState->readerOpen = 1;
 
+    // The paint handler covers the whole view: white after a decode, and the page
+    // over what the last paint left otherwise. Qt must not erase it in between,
+    // or the margins beside a narrow page show the container's colour.
+    setAttribute(Qt::WA_OpaquePaintEvent);
+
     const QDesktopWidget* screen = QApplication::desktop();
     setGeometry(0, 0, screen->width(), screen->height());
     setFocus(Qt::OtherFocusReason);

@@ -14,6 +14,9 @@ BenchProgram::BenchProgram(int& argc, char** argv)
     benchmark::Initialize(&argc, argv);
     workloadDir = takeOption(argc, argv, "workload");
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // As the host program does: one zone for libzip's per-entry mktime.
+    if (qEnvironmentVariableIsEmpty("TZ"))
+        qputenv("TZ", ":/etc/localtime");
     // The settings that the parser reads, and Qt's runtime folder, in a folder
     // of their own.
     settingsDir = QDir::tempPath() + QStringLiteral("/tamber-bench-settings");
