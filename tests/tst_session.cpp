@@ -26,6 +26,7 @@ private slots:
     void traceMatchesExpected_data();
     void traceMatchesExpected();
     void renderPaintsWhatTheSessionShows();
+    void repaintKeepsTheMarginsWhite();
     void renderFailuresExitWithStatus1_data();
     void renderFailuresExitWithStatus1();
 
@@ -186,6 +187,24 @@ void TestSession::renderPaintsWhatTheSessionShows()
     QVERIFY(expected.pixel(120, 160) != expected.pixel(5, 5)
         || expected.pixel(120, 80) != expected.pixel(5, 5));
     QCOMPARE(QImage(rendered).convertToFormat(QImage::Format_RGB32), expected);
+}
+
+void TestSession::repaintKeepsTheMarginsWhite()
+{
+    // A square page on a tall screen leaves margins above and below it, which
+    // only the paint after a decode fills; a plain repaint must leave them be.
+    const QByteArray book = path(QStringLiteral("three.cbz")).toUtf8();
+    const QString first = path(QStringLiteral("first.png"));
+    const QString again = path(QStringLiteral("again.png"));
+    const QByteArray commands = "import \"" + book + "\"\nopen \"" + book
+        + "\"\npaint\nscreenshot \"" + first.toUtf8() + "\"\npaint\nscreenshot \"" + again.toUtf8()
+        + "\"\n";
+    int status = -1;
+    session({ QStringLiteral("--size"), QStringLiteral("240x320") }, commands, &status);
+    QCOMPARE(status, 0);
+    const QImage shown = QImage(first).convertToFormat(QImage::Format_RGB32);
+    QCOMPARE(shown.pixel(120, 2), qRgb(255, 255, 255));
+    QCOMPARE(QImage(again).convertToFormat(QImage::Format_RGB32), shown);
 }
 
 void TestSession::renderFailuresExitWithStatus1_data()
