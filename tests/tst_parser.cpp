@@ -53,6 +53,7 @@ private slots:
     void noPages();
     void cover_data();
     void cover();
+    void metaObjectAsTheHostSeesIt();
 
 private:
     QTemporaryDir dir;
@@ -190,6 +191,46 @@ void TestParser::cover()
     QCOMPARE(announced.order, QStringLiteral("c"));
     QCOMPARE(announced.volumes.first().getId(), id);
     QCOMPARE(announced.cover.isNull() ? QSize() : announced.cover.size(), size);
+}
+
+void TestParser::metaObjectAsTheHostSeesIt()
+{
+    // The host connects and invokes by signature, so names and order are the interface.
+    const QMetaObject& interface = ParserInterface::staticMetaObject;
+    QCOMPARE(ComicsReaderParser::staticMetaObject.superClass(), &interface);
+    QCOMPARE(ComicsReaderParser::staticMetaObject.methodCount(), interface.methodCount());
+    const int first = interface.methodOffset();
+    QCOMPARE(interface.methodCount() - first, 3);
+    const QList<QPair<QByteArray, QByteArray>> signals_ = {
+        { "volumeParsed(Volume&,bool,bool)", "volume,hasRights,isLoan" },
+        { "pageletParsed(Pagelet&)", "pagelet" },
+        { "imageParsed(Volume,QImage)", "volume,image" },
+    };
+    for (int i = 0; i < signals_.size(); ++i) {
+        const QMetaMethod method = interface.method(first + i);
+        QCOMPARE(method.methodSignature(), signals_.at(i).first);
+        QCOMPARE(method.parameterNames().join(','), signals_.at(i).second);
+        QCOMPARE(method.methodType(), QMetaMethod::Signal);
+    }
+
+    ComicsReaderParser parser;
+    QCOMPARE(parser.qt_metacast("ParserInterface"), static_cast<void*>(&parser));
+    QCOMPARE(parser.qt_metacast("ComicsReaderParser"), static_cast<void*>(&parser));
+    QCOMPARE(parser.qt_metacast(nullptr), nullptr);
+
+    // Invoking the third method emits imageParsed with the arguments given;
+    // an index past the three is handed back, less three, to a subclass.
+    Announcements seen(parser);
+    Volume volume;
+    volume.setId(QStringLiteral("/books/a.cbz"));
+    QImage image(3, 2, QImage::Format_RGB32);
+    void* arguments[] = { nullptr, &volume, &image };
+    QCOMPARE(parser.qt_metacall(QMetaObject::InvokeMetaMethod, first + 2, arguments), -1);
+    QCOMPARE(seen.order, QStringLiteral("c"));
+    QCOMPARE(seen.volumes.value(0).getId(), volume.getId());
+    QCOMPARE(seen.cover.size(), QSize(3, 2));
+    QCOMPARE(parser.qt_metacall(QMetaObject::InvokeMetaMethod, first + 3, arguments), 0);
+    QCOMPARE(seen.order, QStringLiteral("c"));
 }
 
 QTEST_MAIN(TestParser)
