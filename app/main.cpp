@@ -1,7 +1,11 @@
 #include "Application.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFile>
 #include <QStringList>
+
+#include <unistd.h>
 
 int main(int argc, char** argv)
 {
@@ -12,6 +16,15 @@ int main(int argc, char** argv)
     // the zone file again on each call while TZ is unset: name the zone once.
     if (qEnvironmentVariableIsEmpty("TZ"))
         qputenv("TZ", ":/etc/localtime");
+    // Qt asks for a runtime folder and warns on every run when the environment
+    // names none (root shells, CI): name the one Qt would fall back to.
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+        const QString runtime
+            = QDir::tempPath() + QStringLiteral("/runtime-") + QString::number(getuid());
+        QDir().mkpath(runtime);
+        QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+    }
     if (!Application::prepareEnvironment(arguments))
         return Application::UsageError;
 
