@@ -2,15 +2,7 @@
 
 #include <QDebug>
 
-#include <limits>
 #include <zip.h>
-
-namespace {
-
-// Leaves room for QByteArray's own header within its int-sized allocation.
-const zip_uint64_t largestEntry = std::numeric_limits<int>::max() - 64;
-
-} // namespace
 
 ComicZipArchive::ComicZipArchive(const QString& path)
     : ComicArchive(path)
@@ -54,9 +46,11 @@ QByteArray ComicZipArchive::raw(const QString& name)
     if (index >= 0)
         zip_stat_index(archive, zip_uint64_t(index), 0, &stat);
 
+    // An entry that claims more than the memory limit is not read at all: a
+    // header of a few bytes could otherwise claim gigabytes.
     QByteArray bytes;
     zip_int64_t count = -1;
-    if (index >= 0 && stat.size <= largestEntry) {
+    if (index >= 0 && stat.size <= zip_uint64_t(memoryLimit)) {
         bytes = QByteArray(int(stat.size), '\0');
         if (zip_file_t* file = zip_fopen_index(archive, zip_uint64_t(index), 0)) {
             count = zip_fread(file, bytes.data(), stat.size);
@@ -72,7 +66,5 @@ QByteArray ComicZipArchive::raw(const QString& name)
 
 QImage ComicZipArchive::data(const QString& name)
 {
-    QImage image;
-    image.loadFromData(raw(name));
-    return image;
+    return decode(raw(name));
 }

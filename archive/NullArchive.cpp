@@ -33,7 +33,7 @@ QStringList NullArchive::files()
 QImage NullArchive::data(const QString& name)
 {
     QImageReader reader(name, QByteArray());
-    const QSize size = reader.size();
+    const QSize size = imageSize(reader);
     int width = size.width();
     int height = size.height();
 
@@ -53,6 +53,12 @@ QImage NullArchive::data(const QString& name)
         reader.setScaledSize(scaledSize);
     }
 
+    // A size whose pixel count wrapped still decodes in full, and fails here as
+    // it fails on the device, where such memory does not exist.
+    if (!fitsMemoryLimit(reader)) {
+        qDebug() << "Image load error:" << QStringLiteral("Image too big to decode");
+        return QImage();
+    }
     const QImage image = reader.read();
     if (image.isNull())
         qDebug() << "Image load error:" << reader.errorString();

@@ -4,7 +4,7 @@
 
 QByteArrayArchive::QByteArrayArchive(const QByteArray& bytes)
     : ComicArchive(QString())
-    , image(QImage::fromData(bytes))
+    , image(decode(bytes))
 {
     qDebug() << "IMAGE VALID: " << !image.isNull();
 }

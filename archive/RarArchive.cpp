@@ -8,7 +8,7 @@ namespace {
 
 const int timeoutMs = 30000;
 const qint64 listingLimit = qint64(16) << 20;
-const qint64 entryLimit = qint64(256) << 20;
+const qint64 entryLimit = ComicArchive::memoryLimit;
 
 } // namespace
 
@@ -39,10 +39,7 @@ QImage RarArchive::data(const QString& name)
     const std::optional<QByteArray> output = extract(
         { QStringLiteral("p"), QStringLiteral("-ierr"), QStringLiteral("--"), path, name },
         entryLimit);
-    QImage image;
-    if (output)
-        image.loadFromData(*output);
-    return image;
+    return output ? decode(*output) : QImage();
 }
 
 std::optional<QByteArray> RarArchive::extract(const QStringList& arguments, qint64 limit) const

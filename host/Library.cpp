@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -20,6 +21,28 @@ QString openPath;
 QSqlDatabase database()
 {
     return QSqlDatabase::database(connectionName, false);
+}
+
+// Statements are prepared once per open library and kept, so that SQLite
+// parses and plans each only once however many books an import stores.
+QHash<QString, QSqlQuery>& preparedStatements()
+{
+    static QHash<QString, QSqlQuery> statements;
+    return statements;
+}
+
+// The prepared statement for sql, its values unbound. A copy shares the
+// statement. Callers finish() a read so that it holds no read lock.
+QSqlQuery statement(const QString& sql)
+{
+    QHash<QString, QSqlQuery>& statements = preparedStatements();
+    const auto found = statements.constFind(sql);
+    if (found != statements.constEnd())
+        return found.value();
+    QSqlQuery query(database());
+    if (query.prepare(sql))
+        statements.insert(sql, query);
+    return query;
 }
 
 bool fail(QString* error, const QString& message)
@@ -109,8 +132,7 @@ bool write(const QString& sql, const QVariantList& values)
     QSqlDatabase db = database();
     if (!db.isOpen() || !db.transaction())
         return false;
-    QSqlQuery query(db);
-    query.prepare(sql);
+    QSqlQuery query = statement(sql);
     for (const QVariant& value : values)
         query.addBindValue(value);
     if (!query.exec() || !db.commit()) {
@@ -172,6 +194,7 @@ void Library::close()
 {
     if (!QSqlDatabase::contains(connectionName))
         return;
+    preparedStatements().clear();
     database().close();
     QSqlDatabase::removeDatabase(connectionName);
     openPath.clear();
@@ -195,11 +218,9 @@ bool Library::storeBook(const Volume& volume, const QVector<Pagelet>& pages, QSt
     if (!db.transaction())
         return fail(error, db.lastError().text());
 
-    QSqlQuery query(db);
-
     // The reading position and status belong to the reader, not to the file:
     // a re-import leaves them as they were.
-    query.prepare(QStringLiteral(
+    QSqlQuery query = statement(QStringLiteral(
         "INSERT INTO volumes (id, title, author, description, mime_type, date, content_type,"
         " user_id, image_id, page_count) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
         " ON CONFLICT (id) DO UPDATE SET title = excluded.title, author = excluded.author,"
@@ -223,14 +244,14 @@ bool Library::storeBook(const Volume& volume, const QVector<Pagelet>& pages, QSt
     bool ok = query.exec();
 
     if (ok) {
-        query.prepare(QStringLiteral("DELETE FROM pages WHERE book_id = ?"));
+        query = statement(QStringLiteral("DELETE FROM pages WHERE book_id = ?"));
         query.addBindValue(text(volume.getId()));
         ok = query.exec();
     }
     if (ok) {
-        query.prepare(QStringLiteral("INSERT INTO pages (book_id, id, volume_index, title,"
-                                     " content_type, mime_type, user_id, image_id)"
-                                     " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
+        query = statement(QStringLiteral("INSERT INTO pages (book_id, id, volume_index, title,"
+                                         " content_type, mime_type, user_id, image_id)"
+                                         " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
         for (const Pagelet& page : pages) {
             query.addBindValue(text(page.getBookId()));
             query.addBindValue(text(page.getId()));
@@ -271,13 +292,14 @@ Volume Library::book(const QString& id)
 {
     if (!isOpen())
         return Volume();
-    QSqlQuery query(database());
-    query.prepare(
+    QSqlQuery query = statement(
         QStringLiteral("SELECT %1 FROM volumes WHERE id = ?").arg(QLatin1String(volumeColumns)));
     query.addBindValue(text(id));
+    Volume volume;
     if (query.exec() && query.next())
-        return volumeFromQuery(query);
-    return Volume();
+        volume = volumeFromQuery(query);
+    query.finish();
+    return volume;
 }
 
 QVector<Pagelet> Library::pages(const QString& bookId)
@@ -285,10 +307,10 @@ QVector<Pagelet> Library::pages(const QString& bookId)
     QVector<Pagelet> result;
     if (!isOpen())
         return result;
-    QSqlQuery query(database());
-    query.prepare(QStringLiteral("SELECT id, book_id, volume_index, title, content_type, mime_type,"
-                                 " user_id, image_id FROM pages WHERE book_id = ?"
-                                 " ORDER BY volume_index, row"));
+    QSqlQuery query
+        = statement(QStringLiteral("SELECT id, book_id, volume_index, title, content_type,"
+                                   " mime_type, user_id, image_id FROM pages WHERE book_id = ?"
+                                   " ORDER BY volume_index, row"));
     query.addBindValue(text(bookId));
     if (!query.exec())
         return result;
@@ -305,6 +327,7 @@ QVector<Pagelet> Library::pages(const QString& bookId)
         page.setImageId(query.value(7));
         result << page;
     }
+    query.finish();
     return result;
 }
 

@@ -117,5 +117,11 @@ bool LibrarySchema::prepare(QSqlDatabase& db, QString* error)
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("PRAGMA journal_mode = WAL")))
         return fail(error, query.lastError().text());
+    // With WAL, NORMAL still keeps every committed transaction when the host
+    // is killed (the log is in the system's cache). What it leaves out is the
+    // flush to disk at each commit, which only a power cut needs and which
+    // took a third of the time of importing many books; checkpoints still flush.
+    if (!query.exec(QStringLiteral("PRAGMA synchronous = NORMAL")))
+        return fail(error, query.lastError().text());
     return true;
 }

@@ -1,0 +1,10 @@
+# Hostile files end to end: tamber runs on each through peakrun, which bounds
+# its time and reports its peak memory. The suite copies tamber into a folder
+# of its own, so that stand-in extractors can sit beside it.
+add_executable(peakrun peakrun/main.cpp)
+set_target_properties(peakrun PROPERTIES AUTOMOC OFF)
+
+find_package(ZLIB REQUIRED)
+tamber_add_test(tst_hostile tst_hostile.cpp LABELS app)
+target_link_libraries(tst_hostile PRIVATE ZLIB::ZLIB)
+add_dependencies(tst_hostile tamber-app comicsreader peakrun)

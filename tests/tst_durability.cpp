@@ -1,0 +1,287 @@
+// The library survives its host: tamber session is killed at random moments
+// while it turns pages and saves positions and dog ears, and every save it
+// reported before the kill must still be there; a library that cannot be
+// written gives a clear error and stays as it was. Rounds are seeded, so a
+// failing round can be run again (TAMBER_DURABILITY_SEED).
+
+#include "TestSupport.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <signal.h>
+#include <sys/resource.h>
+
+namespace {
+
+const int pageCount = 12;
+const int rounds = 20;
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// What the library holds for the book, read as a host reopening it would.
+struct Stored
+{
+    QString integrity;
+    QString position;
+    QStringList dogEars;
+};
+
+Stored readLibrary(const QString& path, const QString& bookId)
+{
+    Stored stored;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "check");
+        db.setDatabaseName(path);
+        if (db.open()) {
+            QSqlQuery query(db);
+            if (query.exec(QStringLiteral("PRAGMA integrity_check")) && query.next())
+                stored.integrity = query.value(0).toString();
+            query.prepare(QStringLiteral("SELECT bookmarked_page_id FROM volumes WHERE id = ?"));
+            query.addBindValue(bookId);
+            if (query.exec() && query.next())
+                stored.position = query.value(0).toString();
+            query.prepare(
+                QStringLiteral("SELECT extra_data FROM dog_ears WHERE book_id = ? ORDER BY id"));
+            query.addBindValue(bookId);
+            query.exec();
+            while (query.next())
+                stored.dogEars << query.value(0).toString();
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("check"));
+    return stored;
+}
+
+// A QProcess whose child cannot make any file larger than limit bytes: a full
+// disk without mounting one. Writes past it fail with EFBIG.
+class FullDiskProcess : public QProcess
+{
+public:
+    explicit FullDiskProcess(rlim_t limit)
+        : limit(limit)
+    {
+    }
+
+protected:
+    void setupChildProcess() override
+    {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit size { limit, limit };
+        setrlimit(RLIMIT_FSIZE, &size);
+    }
+
+private:
+    rlim_t limit;
+};
+
+} // namespace
+
+class TestDurability : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void savesReportedBeforeAKillSurvive();
+    void fullDiskLeavesTheLibraryAsItWas_data();
+    void fullDiskLeavesTheLibraryAsItWas();
+
+private:
+    QString path(const QString& name) const { return m_dir->filePath(name); }
+    void startTamber(QProcess& process, const QStringList& arguments);
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_library;
+    QString m_book;
+};
+
+void TestDurability::startTamber(QProcess& process, const QStringList& arguments)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("TAMBER_LIBRARY"), m_library);
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_dir->path());
+    environment.remove(QStringLiteral("TAMBER_PLUGIN"));
+    process.setProcessEnvironment(environment);
+    process.start(TestSupport::binDir() + QStringLiteral("/tamber"), arguments);
+}
+
+void TestDurability::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    m_library = path(QStringLiteral("library.sqlite"));
+    m_book = path(QStringLiteral("book.cbz"));
+    QList<TestSupport::ZipEntry> pages;
+    for (int i = 0; i < pageCount; ++i) {
+        pages << TestSupport::ZipEntry(QByteArray::number(i + 10) + ".png",
+            TestSupport::encode(TestSupport::makePage(60, 80), "PNG"));
+    }
+    QVERIFY(TestSupport::writeZip(m_book, pages));
+    QProcess import;
+    startTamber(import, { QStringLiteral("import"), m_book });
+    QVERIFY(import.waitForFinished(60000));
+    QCOMPARE(import.exitCode(), 0);
+}
+
+void TestDurability::savesReportedBeforeAKillSurvive()
+{
+    const quint32 seed = qEnvironmentVariableIsSet("TAMBER_DURABILITY_SEED")
+        ? quint32(qEnvironmentVariableIntValue("TAMBER_DURABILITY_SEED"))
+        : 20261121;
+    QRandomGenerator random(seed);
+    const QString pageId = m_book + QStringLiteral("/%1.png");
+    Stored before = readLibrary(m_library, m_book);
+    int kills = 0;
+
+    for (int round = 0; round < rounds; ++round) {
+        // The script, and what each save and each dog ear would store.
+        QByteArray script = "open \"" + m_book.toUtf8() + "\"\n";
+        QStringList positions;
+        QStringList dogEars;
+        int page = 0;
+        for (int command = 0; command < 60; ++command) {
+            switch (random.bounded(3)) {
+            case 0:
+                page = random.bounded(pageCount);
+                script += "goto " + QByteArray::number(page + 1) + '\n';
+                break;
+            case 1:
+                script += "save\nstate\n";
+                positions << pageId.arg(page + 10);
+                break;
+            default:
+                script += "dogear add\ndogear list\n";
+                dogEars << QString::number(page);
+            }
+        }
+
+        QProcess session;
+        startTamber(session, { QStringLiteral("session") });
+        session.write(script);
+        session.closeWriteChannel();
+        const int killAt = 1 + random.bounded(120);
+        int lines = 0;
+        QString reportedPosition = before.position;
+        QStringList reportedDogEars = before.dogEars;
+        int savesReported = 0;
+        int dogEarsReported = 0;
+        bool killed = false;
+        while (!killed && (session.canReadLine() || session.waitForReadyRead(30000))) {
+            while (session.canReadLine()) {
+                const QJsonObject line = QJsonDocument::fromJson(session.readLine()).object();
+                if (line.value("result") == "state") {
+                    reportedPosition
+                        = line.value("stored").toObject().value("bookmarkedPageId").toString();
+                    QCOMPARE(reportedPosition, positions.at(savesReported++));
+                } else if (line.value("result") == "dogear list") {
+                    reportedDogEars.clear();
+                    for (const QJsonValue& dogEar : line.value("bookmarks").toArray())
+                        reportedDogEars << dogEar.toObject().value("extraData").toString();
+                    QCOMPARE(reportedDogEars.size(), before.dogEars.size() + ++dogEarsReported);
+                }
+                if (++lines == killAt) {
+                    session.kill();
+                    killed = true;
+                    break;
+                }
+            }
+        }
+        session.waitForFinished(30000);
+        kills += killed;
+
+        const Stored after = readLibrary(m_library, m_book);
+        const QString context = QStringLiteral("seed %1, round %2, killed after line %3")
+                                    .arg(seed)
+                                    .arg(round)
+                                    .arg(lines);
+        QVERIFY2(
+            after.integrity == QLatin1String("ok"), qPrintable(context + ": " + after.integrity));
+        // The last reported position, or that of a save the kill cut short
+        // of its report.
+        QStringList possible = positions.mid(savesReported);
+        possible << reportedPosition;
+        QVERIFY2(possible.contains(after.position), qPrintable(context + ": " + after.position));
+        // Every reported dog ear, then perhaps some of the next ones, in order.
+        QVERIFY2(
+            after.dogEars.mid(0, reportedDogEars.size()) == reportedDogEars, qPrintable(context));
+        QVERIFY2(dogEars.mid(dogEarsReported).mid(0, after.dogEars.size() - reportedDogEars.size())
+                == after.dogEars.mid(reportedDogEars.size()),
+            qPrintable(context));
+        before = after;
+    }
+    QVERIFY2(kills > rounds / 2, "most rounds should end in a kill");
+}
+
+void TestDurability::fullDiskLeavesTheLibraryAsItWas_data()
+{
+    QTest::addColumn<int>("limit");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("messages");
+
+    // Too little even for the journal's index beside the file: no opening.
+    QTest::newRow("no room to open the library")
+        << 4096 << QStringList { "session" }
+        << QByteArray("open \"$DIR/book.cbz\"\ngoto 5\nsave\ndogear add\n") << 2
+        << QStringList { "cannot open the library: $DIR/library.sqlite: disk I/O error" };
+    // Room for the index and a little journal: the import fails part way.
+    QTest::newRow("no room for an import of 2,000 pages")
+        << 65536 << QStringList { "import", "$DIR/big.cbz" } << QByteArray() << 1
+        << QStringList { "$DIR/big.cbz: ", "disk I/O error" };
+}
+
+void TestDurability::fullDiskLeavesTheLibraryAsItWas()
+{
+    QFETCH(int, limit);
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, script);
+    QFETCH(int, status);
+    QFETCH(QStringList, messages);
+
+    QList<TestSupport::ZipEntry> pages;
+    for (int i = 0; i < 2000; ++i)
+        pages << TestSupport::ZipEntry(QByteArray::number(i + 1000) + ".png", QByteArray());
+    QVERIFY(TestSupport::writeZip(path(QStringLiteral("big.cbz")), pages));
+    for (QString& argument : arguments)
+        argument.replace(QLatin1String("$DIR"), m_dir->path());
+    const QByteArray dir = m_dir->path().toUtf8();
+    const QByteArray before = contents(m_library);
+    QVERIFY(!before.isEmpty());
+    QVERIFY(!QFile::exists(m_library + QStringLiteral("-wal")));
+
+    FullDiskProcess process { rlim_t(limit) };
+    startTamber(process, arguments);
+    process.write(script.replace("$DIR", dir));
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished(60000));
+    const QByteArray err = process.readAllStandardError();
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), status);
+    for (const QString& message : messages)
+        QVERIFY2(QString::fromUtf8(err).contains(QString(message).replace("$DIR", m_dir->path())),
+            err.constData());
+
+    QCOMPARE(contents(m_library), before);
+    const Stored after = readLibrary(m_library, m_book);
+    QCOMPARE(after.integrity, QStringLiteral("ok"));
+    QCOMPARE(after.position, QString());
+}
+
+QTEST_MAIN(TestDurability)
+#include "tst_durability.moc"

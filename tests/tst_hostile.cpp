@@ -1,0 +1,376 @@
+// Hostile files end to end. Each case makes its file at test time, runs tamber
+// on it through peakrun, and checks the result the design gives such a file,
+// the time it took and tamber's peak memory. tamber runs under a guard on its
+// data segment, so that a regression fails a case instead of the machine:
+// Qt's "out of memory" warning shows that it tried. Some decoders fail such an
+// allocation quietly; under the sanitizers the guard is the allocator's own,
+// which aborts with a report instead.
+
+#include "ComicArchive.h"
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <zip.h>
+#include <zlib.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TAMBER_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TAMBER_ASAN 1
+#endif
+#endif
+
+namespace {
+
+const qint64 guardMb = 1536;
+#ifdef TAMBER_ASAN
+// Shadow memory and the quarantine of freed blocks come on top. The shadow
+// counts against a data segment limit, so the sanitizer's allocator keeps the
+// guard instead (see the environment below).
+const qint64 peakLimitMb = 2 * (ComicArchive::memoryLimit >> 20) + 512;
+const qint64 dataGuardMb = 0;
+#else
+const qint64 peakLimitMb = (ComicArchive::memoryLimit >> 20) + 256;
+const qint64 dataGuardMb = guardMb;
+#endif
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
+        && file.write(bytes) == bytes.size();
+}
+
+QByteArray zipBytes(const QList<TestSupport::ZipEntry>& entries, const QString& scratch)
+{
+    return TestSupport::writeZip(scratch, entries) ? contents(scratch) : QByteArray();
+}
+
+// The entry's uncompressed size as the central directory claims it.
+QByteArray claimingSize(QByteArray zip, quint32 size)
+{
+    const int entry = zip.indexOf("PK\x01\x02");
+    for (int i = 0; i < 4; ++i)
+        zip[entry + 24 + i] = char((size >> (8 * i)) & 0xff);
+    return zip;
+}
+
+// A real JPEG whose frame header claims another size; its data ends early.
+QByteArray jpegClaiming(const QSize& size)
+{
+    QByteArray jpeg = TestSupport::encode(TestSupport::makePage(16, 16), "JPEG");
+    const int frame = jpeg.indexOf("\xff\xc0");
+    jpeg[frame + 5] = char(size.height() >> 8);
+    jpeg[frame + 6] = char(size.height() & 0xff);
+    jpeg[frame + 7] = char(size.width() >> 8);
+    jpeg[frame + 8] = char(size.width() & 0xff);
+    return jpeg;
+}
+
+// A GIF of one 1 × 1 frame on a logical screen of the given size.
+QByteArray gifWithScreen(const QSize& screen)
+{
+    QByteArray gif("GIF89a\0\0\0\0\x80\x00\x00\xff\xff\xff\x00\x00\x00"
+                   "!\xf9\x04\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00"
+                   "\x02\x02\x44\x01\x00;",
+        43);
+    gif[6] = char(screen.width() & 0xff);
+    gif[7] = char(screen.width() >> 8);
+    gif[8] = char(screen.height() & 0xff);
+    gif[9] = char(screen.height() >> 8);
+    return gif;
+}
+
+// An 8-bit greyscale PNG of that size, all black: a few kilobytes that
+// decode to width × height bytes.
+QByteArray blackPng(const QSize& size)
+{
+    const auto bigEndian32 = [](quint32 value) {
+        QByteArray bytes;
+        for (int i = 3; i >= 0; --i)
+            bytes += char((value >> (8 * i)) & 0xff);
+        return bytes;
+    };
+    const auto chunk = [&](const QByteArray& type, const QByteArray& data) {
+        const QByteArray typed = type + data;
+        return bigEndian32(quint32(data.size())) + typed
+            + bigEndian32(quint32(
+                crc32(0, reinterpret_cast<const Bytef*>(typed.constData()), uInt(typed.size()))));
+    };
+    z_stream stream {};
+    deflateInit(&stream, Z_BEST_SPEED);
+    QByteArray row(1 + size.width(), '\0'); // filter type 0, then the pixels
+    QByteArray compressed;
+    char buffer[65536];
+    for (int y = 0; y < size.height(); ++y) {
+        stream.next_in = reinterpret_cast<Bytef*>(row.data());
+        stream.avail_in = uInt(row.size());
+        const int flush = y + 1 == size.height() ? Z_FINISH : Z_NO_FLUSH;
+        do {
+            stream.next_out = reinterpret_cast<Bytef*>(buffer);
+            stream.avail_out = sizeof buffer;
+            deflate(&stream, flush);
+            compressed.append(buffer, int(sizeof buffer - stream.avail_out));
+        } while (stream.avail_out == 0);
+    }
+    deflateEnd(&stream);
+    const QByteArray header = bigEndian32(quint32(size.width()))
+        + bigEndian32(quint32(size.height())) + QByteArray("\x08\x00\x00\x00\x00", 5);
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header) + chunk("IDAT", compressed)
+        + chunk("IEND", QByteArray());
+}
+
+QString debugLine(const QString& text)
+{
+    QString escaped = text;
+    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    escaped.replace(QLatin1Char('"'), QLatin1String("\\\""));
+    return QStringLiteral("{\"debug\":\"%1\"}").arg(escaped);
+}
+
+const QString nullImage = QStringLiteral("{\"width\":0,\"height\":0,\"null\":true}]}");
+
+QString unreadLine(const QString& name)
+{
+    return debugLine(
+        QStringLiteral("WHAT'S THE DEAL?  I GET LENGTH OF  -1  for filename  \"%1\"").arg(name));
+}
+
+} // namespace
+
+class TestHostile : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void hostileFile_data();
+    void hostileFile();
+
+private:
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+
+    QTemporaryDir m_dir;
+    QByteArray m_png;
+};
+
+void TestHostile::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_png = TestSupport::encode(TestSupport::makePage(30, 40), "PNG");
+    const QString scratch = path(QStringLiteral("scratch.zip"));
+    const QByteArray onePage = zipBytes({ { "page.png", m_png } }, scratch);
+
+    QVERIFY(writeFile(path("claims-4GiB.cbz"), claimingSize(onePage, 0xfffffff0)));
+    QVERIFY(writeFile(path("claims-1GiB.cbz"), claimingSize(onePage, 1u << 30)));
+
+    QList<TestSupport::ZipEntry> many;
+    for (int i = 0; i < 100000; ++i)
+        many << TestSupport::ZipEntry(QByteArray::number(i).rightJustified(6, '0') + ".png", "");
+    QVERIFY(TestSupport::writeZip(path("many.cbz"), many));
+
+    QList<TestSupport::ZipEntry> names;
+    for (const QByteArray name : { "new\nline.png", "quote\".png", "'single'.png", "-dash.png",
+             "caf\xe9.png", "/absolute/page.png", "../../parent.png" })
+        names << TestSupport::ZipEntry(name, m_png);
+    QVERIFY(TestSupport::writeZip(path("names.cbz"), names));
+
+    const QString encrypted = path("encrypted.cbz");
+    QVERIFY(TestSupport::writeZip(encrypted, { { "page.png", m_png } }));
+    for (const zip_uint16_t method : { ZIP_EM_TRAD_PKWARE, ZIP_EM_AES_256 }) {
+        if (!zip_encryption_method_supported(method, 1))
+            continue;
+        zip_t* archive = zip_open(QFile::encodeName(encrypted).constData(), 0, nullptr);
+        QVERIFY(archive && zip_file_set_encryption(archive, 0, method, "secret") == 0);
+        QCOMPARE(zip_close(archive), 0);
+        break;
+    }
+
+    // Bytes go missing from the middle of the central directory; its end
+    // record stays and points past them.
+    const QByteArray threePages
+        = zipBytes({ { "1.png", m_png }, { "2.png", m_png }, { "3.png", m_png } }, scratch);
+    const int directory = threePages.indexOf("PK\x01\x02");
+    QVERIFY(
+        writeFile(path("truncated.cbz"), threePages.left(directory + 60) + threePages.right(22)));
+
+    const QByteArray hugeJpeg = jpegClaiming(QSize(65500, 65500));
+    QVERIFY(writeFile(path("huge.jpg"), hugeJpeg));
+    QVERIFY(writeFile(path("huge-jpeg.cbz"), zipBytes({ { "page.jpg", hugeJpeg } }, scratch)));
+    const QByteArray screenGif = gifWithScreen(QSize(16000, 16000));
+    QVERIFY(writeFile(path("screen.gif"), screenGif));
+    QVERIFY(writeFile(path("screen-gif.cbz"), zipBytes({ { "page.gif", screenGif } }, scratch)));
+    QVERIFY(writeFile(path("black.png"), blackPng(QSize(30000, 30000))));
+
+    QVERIFY(writeFile(path("unreadable.cbr"), QByteArray("Rar!\x1a\x07\x01\x00", 8) + "garbage"));
+    QVERIFY(writeFile(path("book.cbr"), "read by the stand-in"));
+
+    // A folder of its own for tamber, where stand-in extractors can sit
+    // beside it; the plug-in and libtamber come from the build.
+    QVERIFY(QDir().mkpath(path("app")));
+    QVERIFY(QFile::copy(TestSupport::binDir() + "/tamber", path("app/tamber")));
+    QVERIFY(writeFile(path("app/page.png"), m_png));
+}
+
+void TestHostile::hostileFile_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QByteArray>("extractor");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<int>("seconds");
+
+    const QByteArray none;
+    const QStringList session { "session", "$DIR/script" };
+    const auto coverOf = [](const char* file) {
+        return QByteArray("import \"$DIR/") + file + "\"\ncover \"$DIR/" + file + "\"\n";
+    };
+    const QString noPages = QStringLiteral("{\"debug\":\"no comics found :  \\\"$DIR/%1\\\"\"}");
+
+    QTest::newRow("an entry claiming 4 GiB is not read")
+        << session << coverOf("claims-4GiB.cbz") << none
+        << QStringList { unreadLine("page.png"), nullImage } << 20;
+    QTest::newRow("an entry claiming 1 GiB is not read either")
+        << session << coverOf("claims-1GiB.cbz") << none
+        << QStringList { unreadLine("page.png"), nullImage } << 20;
+    QTest::newRow("100,000 entries") << QStringList { "import", "$DIR/many.cbz" } << none << none
+                                     << QStringList { "many (100000 pages)" } << 120;
+    QByteArray turnEveryPage = "import \"$DIR/names.cbz\"\nopen \"$DIR/names.cbz\"\npaint\n";
+    for (int i = 1; i < 7; ++i)
+        turnEveryPage += "next\npaint\n";
+    QTest::newRow("names with line breaks, quotes, dashes, Latin-1, absolute and parent paths")
+        << session << turnEveryPage + "save\nstate\n"
+        << none
+        << QStringList { "\"pageCount\":7", "\"bookmarkedPageId\":\"$DIR/names.cbz/quote\\\".png\"",
+               "!{\"debug\"", "!{\"error\"" }
+        << 20;
+    QTest::newRow("an encrypted entry") << session << coverOf("encrypted.cbz") << none
+                                        << QStringList { unreadLine("page.png"), nullImage } << 20;
+    QTest::newRow("a truncated central directory")
+        << session << coverOf("truncated.cbz") << none
+        << QStringList { "{\"debug\":\"ZIP OPEN ERROR:  ", noPages.arg("truncated.cbz") } << 20;
+    QTest::newRow("a JPEG claiming 65,500 x 65,500 pixels inside a comic")
+        << session << coverOf("huge-jpeg.cbz") + "open \"$DIR/huge-jpeg.cbz\"\npaint\n"
+        << none << QStringList { nullImage, debugLine("Couldn't figure out this file type!") }
+        << 20;
+    QTest::newRow("a JPEG claiming 65,500 x 65,500 pixels as a single image")
+        << session << coverOf("huge.jpg") << none
+        << QStringList { debugLine("Image load error: \"Image too big to decode\""), nullImage }
+        << 20;
+    QTest::newRow("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, inside a comic")
+        << session << coverOf("screen-gif.cbz") << none << QStringList { nullImage } << 20;
+    QTest::newRow("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, as a single image")
+        << session << coverOf("screen.gif") << none
+        << QStringList { debugLine("Image too big and scaling not supported, bailing!"), nullImage }
+        << 20;
+    QTest::newRow("a PNG over the budget that decodes in full before it shrinks")
+        << session << coverOf("black.png") << none
+        << QStringList { "{\"debug\":\"Image too big, scaling to QSize(",
+               debugLine("Image load error: \"Image too big to decode\""), nullImage }
+        << 20;
+    QTest::newRow("a RAR the extractor cannot read")
+        << session << coverOf("unreadable.cbr") << none
+        << QStringList { noPages.arg("unreadable.cbr") } << 20;
+
+    const QByteArray listsOnePage = "case \"$1\" in vb) echo page.png; exit;; esac\n";
+    QTest::newRow("an extractor printing names endlessly")
+        << session << coverOf("book.cbr") << QByteArray("exec yes page.png")
+        << QStringList { noPages.arg("book.cbr") } << 60;
+    QTest::newRow("an extractor printing an entry endlessly")
+        << session << coverOf("book.cbr") << listsOnePage + "exec cat /dev/zero"
+        << QStringList { nullImage } << 60;
+    QTest::newRow("an extractor dying part way through an entry")
+        << session << coverOf("book.cbr")
+        << listsOnePage + "head -c 200 \"$(dirname \"$0\")/page.png\"; kill -SEGV $$"
+        << QStringList { nullImage } << 20;
+    QTest::newRow("an extractor hanging on an entry is abandoned after 30 s")
+        << session << coverOf("book.cbr") << listsOnePage + "exec sleep 600"
+        << QStringList { nullImage } << 50;
+}
+
+void TestHostile::hostileFile()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, script);
+    QFETCH(QByteArray, extractor);
+    QFETCH(QStringList, expected);
+    QFETCH(int, seconds);
+
+    const QString dir = m_dir.path();
+    QVERIFY(writeFile(path("script"), script.replace("$DIR", QFile::encodeName(dir))));
+    for (QString& argument : arguments)
+        argument.replace(QLatin1String("$DIR"), dir);
+    QString program = TestSupport::binDir() + QStringLiteral("/tamber");
+    if (!extractor.isEmpty()) {
+        program = path("app/tamber");
+        QVERIFY(writeFile(path("app/unrar"), "#!/bin/sh\n" + extractor + '\n'));
+        QVERIFY(QFile::setPermissions(
+            path("app/unrar"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    }
+
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    environment.insert("TAMBER_LIBRARY", path("library.sqlite"));
+    environment.insert("TAMBER_PLUGIN", TestSupport::binDir() + "/libcomicsreader.so");
+    environment.insert("XDG_CONFIG_HOME", path("config"));
+    environment.insert("XDG_RUNTIME_DIR", dir);
+    environment.remove("QT_LOGGING_RULES");
+#ifdef TAMBER_ASAN
+    environment.insert("ASAN_OPTIONS",
+        environment.value("ASAN_OPTIONS")
+            + QStringLiteral(":allocator_may_return_null=0:max_allocation_size_mb=%1")
+                  .arg(guardMb));
+#endif
+    QFile::remove(path("library.sqlite"));
+
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(dir);
+    const QString report = path("report");
+    process.start(TestSupport::binDir() + "/peakrun",
+        QStringList { report, QString::number(seconds), QString::number(dataGuardMb), program }
+            + arguments);
+    QVERIFY(process.waitForFinished(seconds * 1000 + 30000));
+    const QByteArray out = process.readAllStandardOutput();
+    const QByteArray err = process.readAllStandardError();
+    const QList<QByteArray> ended = contents(report).trimmed().split(' ');
+    QVERIFY2(ended.size() == 4, contents(report).constData());
+    QVERIFY2(ended.at(0) != "killed",
+        qPrintable(QStringLiteral("still running after %1 s").arg(seconds)));
+    QVERIFY2(ended.at(0) == "exited", err.constData());
+    QVERIFY2(!err.contains("out of memory"), err.constData());
+    const qint64 peakMb = ended.at(2).toLongLong() / 1024;
+    QVERIFY2(peakMb <= peakLimitMb,
+        qPrintable(
+            QStringLiteral("peak memory %1 MB, more than %2 MB").arg(peakMb).arg(peakLimitMb)));
+
+    // Each expected text appears in this order; one marked "!" nowhere.
+    const QString trace = QString::fromUtf8(out + err);
+    int from = 0;
+    for (QString line : expected) {
+        line.replace(QLatin1String("$DIR"), dir);
+        if (line.startsWith(QLatin1Char('!'))) {
+            QVERIFY2(!trace.contains(line.mid(1)), qPrintable(trace));
+            continue;
+        }
+        const int found = trace.indexOf(line, from);
+        QVERIFY2(
+            found >= 0, qPrintable(QStringLiteral("no \"%1\" in order in:\n%2").arg(line, trace)));
+        from = found + line.size();
+    }
+    qInfo("%s: %s ms, peak %lld MB", QTest::currentDataTag(), ended.at(3).constData(), peakMb);
+}
+
+QTEST_MAIN(TestHostile)
+#include "tst_hostile.moc"
