@@ -39,16 +39,6 @@ QStringList strings(const QJsonValue& array)
     return result;
 }
 
-// The entry names of a book's pages: each page id without the book id and "/".
-QStringList entryNames(const QJsonObject& shown)
-{
-    const QString bookId = shown.value(QStringLiteral("volume")).toObject().value("id").toString();
-    QStringList names;
-    for (const QJsonValue& page : shown.value(QStringLiteral("pages")).toArray())
-        names << page.toObject().value(QStringLiteral("id")).toString().mid(bookId.size() + 1);
-    return names;
-}
-
 } // namespace
 
 class TestTamber : public QObject
@@ -69,8 +59,7 @@ private slots:
 
     void importsExactlyTheComicsOfAFolder();
     void samplesGiveTheSameRecordsAndCovers();
-    void importingAgainReplacesTheRecords();
-    void fileWithoutPagesFailsTheImport();
+    void importReplacesRecordsAndReportsFailures();
     void bookIsFoundByIdOrPath_data();
     void bookIsFoundByIdOrPath();
 
@@ -127,20 +116,16 @@ void TestTamber::usageErrorsExitWithStatus2()
 
 void TestTamber::pluginShowsWhatItDeclares()
 {
-    const Tamber::Run run = tamber({ QStringLiteral("plugin"), QStringLiteral("--json") });
+    const Tamber::Run run = tamber({ "plugin", "--json" });
     QCOMPARE(run.status, 0);
     const QJsonObject plugin = json(run).toObject();
-    QCOMPARE(plugin.value(QStringLiteral("file")).toString(), pluginFile());
-    QCOMPARE(plugin.value(QStringLiteral("verification")).toString(),
-        QString::fromLatin1(verificationText));
+    QCOMPARE(plugin.value("file").toString(), pluginFile());
+    QCOMPARE(plugin.value("verification").toString(), QString::fromLatin1(verificationText));
     // In the plug-in's order; what that order is, is tst_plugin's business.
     ComicsReaderPlugin declared;
-    QCOMPARE(strings(plugin.value(QStringLiteral("mimeTypes"))), declared.mimeTypes());
-    QCOMPARE(strings(plugin.value(QStringLiteral("fileExtensions"))), declared.fileExtensions());
-
-    const Tamber::Run text = tamber({ QStringLiteral("plugin") });
-    QCOMPARE(text.status, 0);
-    QVERIFY(text.out.contains("buildkey=arm qws/linux"));
+    QCOMPARE(strings(plugin.value("mimeTypes")), declared.mimeTypes());
+    QCOMPARE(strings(plugin.value("fileExtensions")), declared.fileExtensions());
+    QVERIFY(tamber({ "plugin" }).out.contains("buildkey=arm qws/linux"));
 }
 
 void TestTamber::refusedPluginExitsWithStatus2_data()
@@ -156,73 +141,67 @@ void TestTamber::refusedPluginExitsWithStatus2()
 
     QByteArray otherKey = TestSupport::readFile(pluginFile());
     otherKey.replace("ostra-g++", "ostra-gcc");
-    const QString plugin = path(QStringLiteral("plugin.so"));
-    QVERIFY(TestSupport::writeFile(plugin, otherKey));
+    QVERIFY(TestSupport::writeFile(path("plugin.so"), otherKey));
     QStringList options;
     if (byOption)
-        options << QStringLiteral("--plugin") << plugin;
+        options << "--plugin" << path("plugin.so");
     else
-        m_tamber->environment.insert(QStringLiteral("TAMBER_PLUGIN"), plugin);
+        m_tamber->environment.insert("TAMBER_PLUGIN", path("plugin.so"));
 
-    const Tamber::Run run = tamber(options + QStringList { QStringLiteral("plugin") });
+    const Tamber::Run run = tamber(options + QStringList { "plugin" });
     QCOMPARE(run.status, 2);
     QVERIFY2(run.err.contains("build key"), run.err.constData());
     QVERIFY(run.out.isEmpty());
     // Commands that need the plug-in refuse the same way.
-    QVERIFY(TestSupport::writeComic(path(QStringLiteral("a.cbz")), 1));
-    QCOMPARE(
-        tamber(options << QStringLiteral("import") << path(QStringLiteral("a.cbz"))).status, 2);
+    QVERIFY(TestSupport::writeComic(path("a.cbz"), 1));
+    QCOMPARE(tamber(options << "import" << path("a.cbz")).status, 2);
 }
 
 void TestTamber::unusableLibraryExitsWithStatus2()
 {
     // The library's own tests try every kind of unusable file; here, the exit.
-    const QString file = path(QStringLiteral("library.csv"));
+    const QString file = path("library.csv");
     QVERIFY(TestSupport::writeFile(file, "title,author\nA,B\n"));
-    const Tamber::Run run = tamber({ QStringLiteral("--library"), file, QStringLiteral("list") });
+    const Tamber::Run run = tamber({ "--library", file, "list" });
     QCOMPARE(run.status, 2);
     QVERIFY2(run.err.contains("cannot open the library"), run.err.constData());
-    m_tamber->environment.insert(QStringLiteral("TAMBER_LIBRARY"), file);
-    QCOMPARE(tamber({ QStringLiteral("import"), path("none.cbz") }).status, 2);
+    m_tamber->environment.insert("TAMBER_LIBRARY", file);
+    QCOMPARE(tamber({ "import", path("none.cbz") }).status, 2);
     QCOMPARE(TestSupport::readFile(file), QByteArray("title,author\nA,B\n"));
 }
 
 void TestTamber::libraryDefaultsToXdgDataHome()
 {
-    m_tamber->environment.remove(QStringLiteral("TAMBER_LIBRARY"));
-    QCOMPARE(tamber({ QStringLiteral("list") }).status, 0);
-    QVERIFY(QFile::exists(path(QStringLiteral("data/tamber/library.sqlite"))));
+    m_tamber->environment.remove("TAMBER_LIBRARY");
+    QCOMPARE(tamber({ "list" }).status, 0);
+    QVERIFY(QFile::exists(path("data/tamber/library.sqlite")));
     QVERIFY(!QFile::exists(m_tamber->library()));
 }
 
 void TestTamber::accountNameIsSetShownAndCleared()
 {
-    const QStringList accountName = { QStringLiteral("config"), QStringLiteral("account-name") };
+    const QStringList accountName = { "config", "account-name" };
     QCOMPARE(tamber(accountName).out, QByteArray());
-    QCOMPARE(tamber(accountName + QStringList { QStringLiteral("Ann Smith") }).status, 0);
+    QCOMPARE(tamber(accountName + QStringList { "Ann Smith" }).status, 0);
     QCOMPARE(tamber(accountName).out, QByteArray("Ann Smith\n"));
     QCOMPARE(tamber(accountName + QStringList { QString() }).status, 0);
-    const Tamber::Run cleared = tamber(accountName);
-    QCOMPARE(cleared.status, 0);
-    QCOMPARE(cleared.out, QByteArray());
+    QCOMPARE(tamber(accountName).out, QByteArray());
 }
 
 void TestTamber::importsExactlyTheComicsOfAFolder()
 {
     TAMBER_REQUIRE_SAMPLES();
-    const QString folder = path(QStringLiteral("comics"));
-    QVERIFY(QDir().mkpath(folder + QStringLiteral("/more")));
-    QVERIFY(QFile::copy(
-        TestSupport::sampleCbz(), folder + QStringLiteral("/Captain Science #001.cbz")));
-    QVERIFY(QFile::copy(
-        TestSupport::sampleCbr(), folder + QStringLiteral("/more/Captain Science #001-cbi.cbr")));
+    const QString folder = path("comics");
+    QVERIFY(QDir().mkpath(folder + "/more"));
+    QVERIFY(QFile::copy(TestSupport::sampleCbz(), folder + "/Captain Science #001.cbz"));
+    QVERIFY(QFile::copy(TestSupport::sampleCbr(), folder + "/more/Captain Science #001-cbi.cbr"));
     // Suffixes match in any case; files of other types and hidden ones are left alone.
-    QVERIFY(TestSupport::writeComic(folder + QStringLiteral("/more/Shouting.CBZ"), 2));
-    QVERIFY(TestSupport::writeFile(folder + QStringLiteral("/notes.txt"), "not a comic\n"));
-    QVERIFY(TestSupport::writeFile(folder + QStringLiteral("/ComicInfo.xml"), "<ComicInfo/>\n"));
-    QVERIFY(TestSupport::writeFile(folder + QStringLiteral("/.trash/broken.cbz"), "not a zip\n"));
+    QVERIFY(TestSupport::writeComic(folder + "/more/Shouting.CBZ", 2));
+    QVERIFY(TestSupport::writeFile(folder + "/notes.txt", "not a comic\n"));
+    QVERIFY(TestSupport::writeFile(folder + "/ComicInfo.xml", "<ComicInfo/>\n"));
+    QVERIFY(TestSupport::writeFile(folder + "/.trash/broken.cbz", "not a zip\n"));
 
-    const Tamber::Run run = tamber({ QStringLiteral("import"), folder });
+    const Tamber::Run run = tamber({ "import", folder });
     QCOMPARE(run.status, 0);
     QCOMPARE(run.out.count('\n'), 3);
     QVERIFY(run.out.contains("Captain Science #001 (5 pages)\n"));
@@ -230,93 +209,72 @@ void TestTamber::importsExactlyTheComicsOfAFolder()
     // No progress bar when standard error is not a terminal.
     QCOMPARE(run.err, QByteArray());
 
-    const Tamber::Run list = tamber({ QStringLiteral("list"), QStringLiteral("--json") });
+    const Tamber::Run list = tamber({ "list", "--json" });
     QCOMPARE(list.status, 0);
     QStringList ids;
     for (const QJsonValue& book : json(list).toArray())
-        ids << book.toObject().value(QStringLiteral("id")).toString();
+        ids << book.toObject().value("id").toString();
     ids.sort();
     QCOMPARE(ids,
         QStringList({ folder + "/Captain Science #001.cbz",
             folder + "/more/Captain Science #001-cbi.cbr", folder + "/more/Shouting.CBZ" }));
 
-    const Tamber::Run text = tamber({ QStringLiteral("list") });
+    const Tamber::Run text = tamber({ "list" });
     QVERIFY(text.out.startsWith("TITLE"));
     QCOMPARE(text.out.count('\n'), 4);
 }
 
+// Which pages the two samples hold is tst_rararchive's; their titles show in
+// the session traces. Here, show's shape and the covers of both kinds.
 void TestTamber::samplesGiveTheSameRecordsAndCovers()
 {
     TAMBER_REQUIRE_SAMPLES();
     const QStringList samples = { TestSupport::sampleCbz(), TestSupport::sampleCbr() };
-    QCOMPARE(tamber(QStringList { QStringLiteral("import") } + samples).status, 0);
+    QCOMPARE(tamber(QStringList { "import" } + samples).status, 0);
 
-    QList<QJsonObject> shown;
     QList<QSize> coverSizes;
     for (const QString& sample : samples) {
-        const Tamber::Run run
-            = tamber({ QStringLiteral("show"), sample, QStringLiteral("--json") });
+        const Tamber::Run run = tamber({ "show", sample, "--json" });
         QCOMPARE(run.status, 0);
-        shown << json(run).toObject();
+        const QJsonObject shown = json(run).toObject();
+        QCOMPARE(shown.value("volume").toObject().value("pageCount").toInt(), 5);
+        const QJsonArray pages = shown.value("pages").toArray();
+        QCOMPARE(pages.size(), 5);
+        QCOMPARE(pages.at(4).toObject().value("title").toString(), QStringLiteral("Page 5"));
 
-        const QString cover = path(QFileInfo(sample).suffix() + QStringLiteral("-cover.png"));
-        QCOMPARE(
-            tamber({ QStringLiteral("cover"), sample, QStringLiteral("-o"), cover }).status, 0);
+        const QString cover = path(QFileInfo(sample).suffix() + "-cover.png");
+        QCOMPARE(tamber({ "cover", sample, "-o", cover }).status, 0);
         QImageReader reader(cover);
         QCOMPARE(reader.format(), QByteArray("png"));
         coverSizes << reader.size();
     }
-
-    for (const QJsonObject& book : shown) {
-        QCOMPARE(book.value(QStringLiteral("volume")).toObject().value("pageCount").toInt(), 5);
-        const QJsonArray pages = book.value(QStringLiteral("pages")).toArray();
-        QCOMPARE(pages.size(), 5);
-        for (int page = 0; page < pages.size(); ++page) {
-            QCOMPARE(pages.at(page).toObject().value(QStringLiteral("title")).toString(),
-                QStringLiteral("Page %1").arg(page + 1));
-        }
-    }
-    QCOMPARE(entryNames(shown.at(0)), entryNames(shown.at(1)));
     QVERIFY(coverSizes.at(0).isValid());
     QCOMPARE(coverSizes.at(0), coverSizes.at(1));
 
     // The format follows the file's suffix.
-    const QString jpeg = path(QStringLiteral("cover.jpg"));
-    QCOMPARE(
-        tamber({ QStringLiteral("cover"), samples.first(), QStringLiteral("-o"), jpeg }).status, 0);
-    QCOMPARE(QImageReader(jpeg).format(), QByteArray("jpeg"));
+    QCOMPARE(tamber({ "cover", samples.first(), "-o", path("cover.jpg") }).status, 0);
+    QCOMPARE(QImageReader(path("cover.jpg")).format(), QByteArray("jpeg"));
 }
 
-void TestTamber::importingAgainReplacesTheRecords()
+void TestTamber::importReplacesRecordsAndReportsFailures()
 {
-    const QString comic = path(QStringLiteral("Again.cbz"));
+    const QString comic = path("Good.cbz");
     QVERIFY(TestSupport::writeComic(comic, 4));
-    QCOMPARE(tamber({ QStringLiteral("import"), comic }).status, 0);
-    QVERIFY(TestSupport::writeComic(comic, 2));
-    QCOMPARE(tamber({ QStringLiteral("import"), comic, comic }).status, 0);
+    QCOMPARE(tamber({ "import", comic }).status, 0);
+    QVERIFY(TestSupport::writeComic(comic, 3));
+    QVERIFY(TestSupport::writeZip(path("Empty.cbz"), { { "readme.txt", "No pages in here.\n" } }));
 
-    QCOMPARE(
-        json(tamber({ QStringLiteral("list"), QStringLiteral("--json") })).toArray().size(), 1);
-    const QJsonObject shown
-        = json(tamber({ QStringLiteral("show"), comic, QStringLiteral("--json") })).toObject();
-    QCOMPARE(shown.value(QStringLiteral("pages")).toArray().size(), 2);
-    QCOMPARE(shown.value(QStringLiteral("volume")).toObject().value("pageCount").toInt(), 2);
-}
-
-void TestTamber::fileWithoutPagesFailsTheImport()
-{
-    QVERIFY(TestSupport::writeComic(path(QStringLiteral("Good.cbz")), 3));
-    QVERIFY(TestSupport::writeZip(
-        path(QStringLiteral("Empty.cbz")), { { "readme.txt", "There are no pages in here.\n" } }));
-
-    const Tamber::Run run = tamber({ QStringLiteral("import"), path(QStringLiteral("Empty.cbz")),
-        path(QStringLiteral("Good.cbz")), path(QStringLiteral("missing.cbz")) });
+    const Tamber::Run run
+        = tamber({ "import", path("Empty.cbz"), comic, comic, path("missing.cbz") });
     QCOMPARE(run.status, 1);
+    // A file named twice is imported once.
     QCOMPARE(run.out, QByteArray("Good (3 pages)\n"));
     QVERIFY2(run.err.contains("Empty.cbz: no pages found"), run.err.constData());
     QVERIFY2(run.err.contains("missing.cbz: no such file"), run.err.constData());
-    QCOMPARE(
-        json(tamber({ QStringLiteral("list"), QStringLiteral("--json") })).toArray().size(), 1);
+    QCOMPARE(json(tamber({ "list", "--json" })).toArray().size(), 1);
+    const QJsonObject shown = json(tamber({ "show", comic, "--json" })).toObject();
+    QCOMPARE(shown.value("pages").toArray().size(), 3);
+    QCOMPARE(shown.value("volume").toObject().value("pageCount").toInt(), 3);
 }
 
 void TestTamber::bookIsFoundByIdOrPath_data()
@@ -336,23 +294,22 @@ void TestTamber::bookIsFoundByIdOrPath()
     QFETCH(QString, book);
     QFETCH(int, status);
 
-    const QString comics = path(QStringLiteral("comics"));
-    QVERIFY(TestSupport::writeComic(comics + QStringLiteral("/Found.cbz"), 1));
-    QVERIFY(TestSupport::writeComic(comics + QStringLiteral("/Lost.cbz"), 1));
-    QVERIFY(QFile::link(comics, path(QStringLiteral("link"))));
-    QCOMPARE(tamber({ QStringLiteral("import"), comics + QStringLiteral("/Found.cbz") }).status, 0);
+    const QString comics = path("comics");
+    QVERIFY(TestSupport::writeComic(comics + "/Found.cbz", 1));
+    QVERIFY(TestSupport::writeComic(comics + "/Lost.cbz", 1));
+    QVERIFY(QFile::link(comics, path("link")));
+    QCOMPARE(tamber({ "import", comics + "/Found.cbz" }).status, 0);
 
     // Paths are written relative to the test folder; ids are absolute.
     if (book.startsWith(QLatin1String("file://")))
         book = QStringLiteral("file://") + path(book.mid(7));
     else if (book.startsWith(QLatin1String("comics/")) || book.startsWith(QLatin1String("link/")))
         book = path(book);
-    const Tamber::Run run
-        = tamber({ QStringLiteral("show"), book, QStringLiteral("--json") }, comics);
+    const Tamber::Run run = tamber({ "show", book, "--json" }, comics);
     QCOMPARE(run.status, status);
     if (status == 0)
         QCOMPARE(json(run).toObject().value("volume").toObject().value("id").toString(),
-            comics + QStringLiteral("/Found.cbz"));
+            comics + "/Found.cbz");
     else
         QVERIFY2(run.err.contains("no such book"), run.err.constData());
 }
