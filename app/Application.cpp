@@ -1,5 +1,6 @@
 #include "Application.h"
 
+#include "BookArgument.h"
 #include "Command.h"
 #include "CommandTable.h"
 #include "HelpText.h"
@@ -223,6 +224,20 @@ PluginLoader* Application::loadPlugin()
         return m_loader.get();
     warn(QStringLiteral("cannot load the plug-in: %1").arg(m_loader->errorString()));
     return nullptr;
+}
+
+Application::OpenedBook Application::openBook(const QString& argument)
+{
+    OpenedBook book;
+    book.status = UsageError;
+    if (!openLibrary())
+        return book;
+    book.loader = loadPlugin();
+    if (!book.loader)
+        return book;
+    book.id = BookArgument::find(argument);
+    book.status = book.id.isEmpty() ? Failed : Success;
+    return book;
 }
 
 QString Application::libraryPath() const

@@ -41,6 +41,18 @@ public:
     // on first use. Null after telling the user why; exit with UsageError.
     PluginLoader* loadPlugin();
 
+    // What a command that reads one stored book starts from.
+    struct OpenedBook
+    {
+        int status = Success; // else the user has been told why: exit with it
+        PluginLoader* loader = nullptr;
+        QString id;
+    };
+    // Opens the library, loads the plug-in and resolves BOOK to a stored book:
+    // UsageError when the library or the plug-in fails, Failed for a book that
+    // the library does not hold.
+    OpenedBook openBook(const QString& argument);
+
     QString libraryPath() const;
     // Empty when no option or variable names a plug-in and no candidate exists.
     QString pluginPath() const;

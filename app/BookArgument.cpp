@@ -1,5 +1,6 @@
 #include "BookArgument.h"
 
+#include "Application.h"
 #include "Library.h"
 
 #include <QDir>
@@ -45,4 +46,18 @@ QString BookArgument::resolve(const QString& argument)
             return book.getId();
     }
     return QString();
+}
+
+QString BookArgument::find(const QString& argument)
+{
+    const QString id = resolve(argument);
+    if (id.isEmpty())
+        Application::warn(QStringLiteral("%1: no such book in the library").arg(argument));
+    return id;
+}
+
+Command::Argument BookArgument::help()
+{
+    return { QStringLiteral("BOOK"),
+        QStringLiteral("A book id as stored, or a path that leads to the same file."), QString() };
 }

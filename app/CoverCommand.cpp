@@ -43,9 +43,7 @@ QList<QCommandLineOption> CoverCommand::options() const
 
 QVector<Command::Argument> CoverCommand::arguments() const
 {
-    return { { QStringLiteral("BOOK"),
-        QStringLiteral("A book id as stored, or a path that leads to the same file."),
-        QString() } };
+    return { BookArgument::help() };
 }
 
 QVector<Command::Example> CoverCommand::examples() const
@@ -62,18 +60,11 @@ int CoverCommand::run(Application& app, const QCommandLineParser& parser) const
     const QString output = parser.value(QStringLiteral("output"));
     if (output.isEmpty())
         return Application::usageError(QStringLiteral("cover needs -o FILE"), this);
-    if (!app.openLibrary())
-        return Application::UsageError;
-    PluginLoader* loader = app.loadPlugin();
-    if (!loader)
-        return Application::UsageError;
-
-    const QString id = BookArgument::resolve(arguments.first());
-    if (id.isEmpty()) {
-        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
-        return Application::Failed;
-    }
-    const QImage cover = ParserHost(loader->plugin()).coverImage(Library::book(id));
+    const Application::OpenedBook opened = app.openBook(arguments.first());
+    if (opened.status != Application::Success)
+        return opened.status;
+    const QString& id = opened.id;
+    const QImage cover = ParserHost(opened.loader->plugin()).coverImage(Library::book(id));
     if (cover.isNull()) {
         Application::warn(QStringLiteral("%1: the plug-in gave no cover").arg(id));
         return Application::Failed;

@@ -102,9 +102,7 @@ QList<QCommandLineOption> ReadCommand::options() const
 
 QVector<Command::Argument> ReadCommand::arguments() const
 {
-    return { { QStringLiteral("BOOK"),
-        QStringLiteral("A book id as stored, or a path that leads to the same file."),
-        QString() } };
+    return { BookArgument::help() };
 }
 
 QVector<Command::Example> ReadCommand::examples() const
@@ -134,21 +132,14 @@ int ReadCommand::run(Application& app, const QCommandLineParser& parser) const
                 .arg(platform));
         return Application::UsageError;
     }
-    if (!app.openLibrary())
-        return Application::UsageError;
-    PluginLoader* loader = app.loadPlugin();
-    if (!loader)
-        return Application::UsageError;
-
-    const QString id = BookArgument::resolve(arguments.first());
-    if (id.isEmpty()) {
-        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
-        return Application::Failed;
-    }
+    const Application::OpenedBook opened = app.openBook(arguments.first());
+    if (opened.status != Application::Success)
+        return opened.status;
+    const QString& id = opened.id;
 
     // Before the view exists: it grabs the recognizers' gesture types.
     registerGestureRecognizers();
-    ReadWindow window(loader->plugin(), screen);
+    ReadWindow window(opened.loader->plugin(), screen);
     if (!window.open(Library::book(id)))
         return Application::Failed;
     window.show();

@@ -80,9 +80,7 @@ QList<QCommandLineOption> RenderCommand::options() const
 
 QVector<Command::Argument> RenderCommand::arguments() const
 {
-    return { { QStringLiteral("BOOK"),
-        QStringLiteral("A book id as stored, or a path that leads to the same file."),
-        QString() } };
+    return { BookArgument::help() };
 }
 
 QVector<Command::Example> RenderCommand::examples() const
@@ -126,16 +124,10 @@ int RenderCommand::run(Application& app, const QCommandLineParser& parser) const
     if (!ok || orientation < 0 || orientation > 3)
         return Application::usageError(QStringLiteral("--orientation needs 0, 1, 2 or 3"), this);
 
-    if (!app.openLibrary())
-        return Application::UsageError;
-    PluginLoader* loader = app.loadPlugin();
-    if (!loader)
-        return Application::UsageError;
-    const QString id = BookArgument::resolve(arguments.first());
-    if (id.isEmpty()) {
-        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
-        return Application::Failed;
-    }
+    const Application::OpenedBook opened = app.openBook(arguments.first());
+    if (opened.status != Application::Success)
+        return opened.status;
+    const QString& id = opened.id;
     const int pageCount = Library::pages(id).size();
     if (page > pageCount) {
         Application::warn(
@@ -145,7 +137,7 @@ int RenderCommand::run(Application& app, const QCommandLineParser& parser) const
 
     registerGestureRecognizers();
     PluginState state;
-    SessionView view(loader->plugin(), &state, screen);
+    SessionView view(opened.loader->plugin(), &state, screen);
     if (!view.open()) {
         Application::warn(QStringLiteral("the plug-in gave no reading view"));
         return Application::Failed;

@@ -42,9 +42,7 @@ QList<QCommandLineOption> ShowCommand::options() const
 
 QVector<Command::Argument> ShowCommand::arguments() const
 {
-    return { { QStringLiteral("BOOK"),
-        QStringLiteral("A book id as stored, or a path that leads to the same file."),
-        QString() } };
+    return { BookArgument::help() };
 }
 
 QVector<Command::Example> ShowCommand::examples() const
@@ -60,11 +58,9 @@ int ShowCommand::run(Application& app, const QCommandLineParser& parser) const
         return Application::usageError(QStringLiteral("show needs one BOOK"), this);
     if (!app.openLibrary())
         return Application::UsageError;
-    const QString id = BookArgument::resolve(arguments.first());
-    if (id.isEmpty()) {
-        Application::warn(QStringLiteral("%1: no such book in the library").arg(arguments.first()));
+    const QString id = BookArgument::find(arguments.first());
+    if (id.isEmpty())
         return Application::Failed;
-    }
     const Volume book = Library::book(id);
     const QVector<Pagelet> pages = Library::pages(id);
 

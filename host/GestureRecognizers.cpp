@@ -128,6 +128,35 @@ template<class G> Tracked<G>* tracked(QGesture* gesture)
     return dynamic_cast<Tracked<G>*>(gesture);
 }
 
+// What every one-finger recognizer does with an event: a press starts the
+// track and yields onPress; input that is no finger, or comes before any
+// press, is ignored; a canceled contact cancels. Any other move or release is
+// the gesture's own rule's to judge.
+template<class G, class OnPress, class Rule>
+QGestureRecognizer::Result followFinger(
+    QGesture* gesture, QEvent* event, OnPress onPress, Rule rule)
+{
+    auto* finger = tracked<G>(gesture);
+    const Contact input = contactOf(event);
+    if (!finger || input.phase == Contact::Other)
+        return QGestureRecognizer::Ignore;
+    if (input.phase == Contact::Press) {
+        finger->track.press(input);
+        return onPress(*finger, input);
+    }
+    if (!finger->track.pressed)
+        return QGestureRecognizer::Ignore;
+    if (input.phase == Contact::Cancel)
+        return QGestureRecognizer::CancelGesture;
+    return rule(*finger, input);
+}
+
+// A press alone is no drag and no swipe yet.
+template<class G> QGestureRecognizer::Result ignorePress(Tracked<G>&, const Contact&)
+{
+    return QGestureRecognizer::Ignore;
+}
+
 } // namespace
 
 QGesture* TapGestureRecognizer::create(QObject*)
@@ -140,22 +169,17 @@ QGesture* TapGestureRecognizer::create(QObject*)
 QGestureRecognizer::Result TapGestureRecognizer::recognize(
     QGesture* gesture, QObject*, QEvent* event)
 {
-    auto* tap = tracked<TapGesture>(gesture);
-    const Contact input = contactOf(event);
-    if (!tap || input.phase == Contact::Other)
-        return Ignore;
-    Track& track = tap->track;
-    if (input.phase == Contact::Press) {
-        track.press(input);
-        tap->setPosition(input.position);
-        return TriggerGesture;
-    }
-    if (!track.pressed)
-        return Ignore;
-    if (input.phase == Contact::Cancel
-        || distance(track.start, input.position) > TapMaximumMovement)
-        return CancelGesture;
-    return input.phase == Contact::Release ? FinishGesture : TriggerGesture;
+    return followFinger<TapGesture>(
+        gesture, event,
+        [](Tracked<TapGesture>& tap, const Contact& input) -> Result {
+            tap.setPosition(input.position);
+            return TriggerGesture;
+        },
+        [](Tracked<TapGesture>& tap, const Contact& input) -> Result {
+            if (distance(tap.track.start, input.position) > TapMaximumMovement)
+                return CancelGesture;
+            return input.phase == Contact::Release ? FinishGesture : TriggerGesture;
+        });
 }
 
 void TapGestureRecognizer::reset(QGesture* gesture)
@@ -178,28 +202,19 @@ QGesture* DragGestureRecognizer::create(QObject*)
 QGestureRecognizer::Result DragGestureRecognizer::recognize(
     QGesture* gesture, QObject*, QEvent* event)
 {
-    auto* drag = tracked<DragGesture>(gesture);
-    const Contact input = contactOf(event);
-    if (!drag || input.phase == Contact::Other)
-        return Ignore;
-    Track& track = drag->track;
-    if (input.phase == Contact::Press) {
-        track.press(input);
-        return Ignore;
-    }
-    if (!track.pressed)
-        return Ignore;
-    if (input.phase == Contact::Cancel)
-        return CancelGesture;
-    if (!track.started) {
-        if (distance(track.start, input.position) <= TapMaximumMovement)
-            return input.phase == Contact::Release ? CancelGesture : Ignore;
-        track.started = true;
-    }
-    drag->setDelta(input.position.toPoint() - track.last.toPoint());
-    drag->setPosition(input.position.toPoint());
-    track.last = input.position;
-    return input.phase == Contact::Release ? FinishGesture : TriggerGesture;
+    return followFinger<DragGesture>(gesture, event, ignorePress<DragGesture>,
+        [](Tracked<DragGesture>& drag, const Contact& input) -> Result {
+            Track& track = drag.track;
+            if (!track.started) {
+                if (distance(track.start, input.position) <= TapMaximumMovement)
+                    return input.phase == Contact::Release ? CancelGesture : Ignore;
+                track.started = true;
+            }
+            drag.setDelta(input.position.toPoint() - track.last.toPoint());
+            drag.setPosition(input.position.toPoint());
+            track.last = input.position;
+            return input.phase == Contact::Release ? FinishGesture : TriggerGesture;
+        });
 }
 
 void DragGestureRecognizer::reset(QGesture* gesture)
@@ -222,36 +237,27 @@ QGesture* SwipeGestureRecognizer::create(QObject*)
 QGestureRecognizer::Result SwipeGestureRecognizer::recognize(
     QGesture* gesture, QObject*, QEvent* event)
 {
-    auto* swipe = tracked<SwipeGesture>(gesture);
-    const Contact input = contactOf(event);
-    if (!swipe || input.phase == Contact::Other)
-        return Ignore;
-    Track& track = swipe->track;
-    if (input.phase == Contact::Press) {
-        track.press(input);
-        return Ignore;
-    }
-    if (!track.pressed)
-        return Ignore;
-    if (input.phase == Contact::Cancel)
-        return CancelGesture;
-    if (input.phase == Contact::Move)
-        return Ignore;
-
-    // Timestamps that run backwards (events made by hand) count as no time.
-    const unsigned long duration = input.time >= track.startTime ? input.time - track.startTime : 0;
-    const QPointF movement = input.position - track.start;
-    const double dx = movement.x();
-    const double dy = movement.y();
-    if (duration > SwipeMaximumDuration)
-        return CancelGesture;
-    if (swipesAlong(dx, dy))
-        swipe->setHorizontalDirection(dx < 0 ? QSwipeGesture::Left : QSwipeGesture::Right);
-    if (swipesAlong(dy, dx))
-        swipe->setVerticalDirection(dy < 0 ? QSwipeGesture::Up : QSwipeGesture::Down);
-    const bool swiped = swipe->horizontalDirection() != QSwipeGesture::NoDirection
-        || swipe->verticalDirection() != QSwipeGesture::NoDirection;
-    return swiped ? FinishGesture : CancelGesture;
+    return followFinger<SwipeGesture>(gesture, event, ignorePress<SwipeGesture>,
+        [](Tracked<SwipeGesture>& swipe, const Contact& input) -> Result {
+            if (input.phase == Contact::Move)
+                return Ignore;
+            const Track& track = swipe.track;
+            // Timestamps that run backwards (events made by hand) count as no time.
+            const unsigned long duration
+                = input.time >= track.startTime ? input.time - track.startTime : 0;
+            const QPointF movement = input.position - track.start;
+            const double dx = movement.x();
+            const double dy = movement.y();
+            if (duration > SwipeMaximumDuration)
+                return CancelGesture;
+            if (swipesAlong(dx, dy))
+                swipe.setHorizontalDirection(dx < 0 ? QSwipeGesture::Left : QSwipeGesture::Right);
+            if (swipesAlong(dy, dx))
+                swipe.setVerticalDirection(dy < 0 ? QSwipeGesture::Up : QSwipeGesture::Down);
+            const bool swiped = swipe.horizontalDirection() != QSwipeGesture::NoDirection
+                || swipe.verticalDirection() != QSwipeGesture::NoDirection;
+            return swiped ? FinishGesture : CancelGesture;
+        });
 }
 
 void SwipeGestureRecognizer::reset(QGesture* gesture)
