@@ -20,7 +20,7 @@ QString scratchFile(const QString& suffix);
 bool write(const QString& path, const std::uint8_t* data, std::size_t size);
 
 // Whether encoded image bytes claim at most 4096 × 4096 pixels, or no size at
-// all. Pages decode with no pixel limit by design; bigger ones would only
+// all. Comic pages decode with no pixel limit on purpose; bigger ones would only
 // measure the machine's memory.
 bool fitsBudget(const QByteArray& bytes);
 

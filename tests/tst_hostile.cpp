@@ -1,6 +1,6 @@
 // Hostile files end to end. Each case makes its file at test time, runs tamber
-// on it through peakrun, and checks the result the design gives such a file,
-// the time it took and tamber's peak memory. tamber runs under a guard on its
+// on it through peakrun, and checks the result such a file must get, the time
+// it took and tamber's peak memory. tamber runs under a guard on its
 // data segment, so that a regression fails a case instead of the machine:
 // Qt's "out of memory" warning shows that it tried. Some decoders fail such an
 // allocation quietly; under the sanitizers the guard is the allocator's own,
