@@ -94,13 +94,9 @@ void largeImage(benchmark::State& state)
     for (auto _ : state) {
         Decode ours;
         Decode full;
-        if (PairedSamples::oursFirst(pair++)) {
-            ours = decodeInChild(QStringLiteral("bounded"), file);
-            full = decodeInChild(QStringLiteral("full"), file);
-        } else {
-            full = decodeInChild(QStringLiteral("full"), file);
-            ours = decodeInChild(QStringLiteral("bounded"), file);
-        }
+        PairedSamples::inTurns(
+            pair++, [&] { ours = decodeInChild(QStringLiteral("bounded"), file); },
+            [&] { full = decodeInChild(QStringLiteral("full"), file); });
         if (!ours.ok || !full.ok) {
             state.SkipWithError("a decoding process failed");
             return;
@@ -154,13 +150,7 @@ void rarPage(benchmark::State& state)
         auto readRar = [&] { ours = PairedSamples::seconds([&] { fromRar = rar.data(page); }); };
         auto readZip
             = [&] { reference = PairedSamples::seconds([&] { fromZip = zip.data(page); }); };
-        if (PairedSamples::oursFirst(pair++)) {
-            readRar();
-            readZip();
-        } else {
-            readZip();
-            readRar();
-        }
+        PairedSamples::inTurns(pair++, readRar, readZip);
         if (fromRar.isNull() || fromRar != fromZip) {
             state.SkipWithError("the RAR page differs from the ZIP page");
             return;

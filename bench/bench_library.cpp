@@ -54,13 +54,7 @@ void parseManyEntries(benchmark::State& state)
         auto parseComic
             = [&] { ours = PairedSamples::seconds([&] { pages = parse(comic).pages.size(); }); };
         auto list = [&] { listing = ChildProcess::run({ "zipinfo", "-1", comic }); };
-        if (PairedSamples::oursFirst(pair++)) {
-            parseComic();
-            list();
-        } else {
-            list();
-            parseComic();
-        }
+        PairedSamples::inTurns(pair++, parseComic, list);
         if (!listing.ok()) {
             state.SkipWithError(("zipinfo failed: " + listing.errors).constData());
             return;
@@ -117,13 +111,7 @@ void importFolder(benchmark::State& state)
                     parsedPages += parse(file).pages.size();
             });
         };
-        if (PairedSamples::oursFirst(pair++)) {
-            importBooks();
-            parseBooks();
-        } else {
-            parseBooks();
-            importBooks();
-        }
+        PairedSamples::inTurns(pair++, importBooks, parseBooks);
         if (!import.ok()) {
             state.SkipWithError(("tamber import failed: " + import.errors).constData());
             return;

@@ -49,13 +49,7 @@ void renderPage(benchmark::State& state, const QString& format)
             draw = ChildProcess::run({ "mutool", "draw", "-w", "1072", "-h", "1448", "-o",
                 reference, workload.comic(), page });
         };
-        if (PairedSamples::oursFirst(pair++)) {
-            renderOurs();
-            drawReference();
-        } else {
-            drawReference();
-            renderOurs();
-        }
+        PairedSamples::inTurns(pair++, renderOurs, drawReference);
         if (!render.ok()) {
             state.SkipWithError(("tamber render failed: " + render.errors).constData());
             return;

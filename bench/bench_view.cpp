@@ -80,13 +80,7 @@ void pageTurn(benchmark::State& state)
                 benchmark::DoNotOptimize(image.constBits());
             });
         };
-        if (PairedSamples::oursFirst(page)) {
-            turn();
-            decode();
-        } else {
-            decode();
-            turn();
-        }
+        PairedSamples::inTurns(page, turn, decode);
         if (window.renderedPage() != page) {
             state.SkipWithError("the view did not paint the next page");
             return;
@@ -193,13 +187,7 @@ void pan(benchmark::State& state)
                 benchmark::ClobberMemory();
             });
         };
-        if (PairedSamples::oursFirst(pair)) {
-            repaint();
-            copyScreen();
-        } else {
-            copyScreen();
-            repaint();
-        }
+        PairedSamples::inTurns(pair, repaint, copyScreen);
         ++pair;
         state.SetIterationTime(ours);
         samples.add(ours, reference);

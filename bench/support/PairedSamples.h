@@ -37,6 +37,18 @@ public:
     // Which of the two goes first in a pair: alternately, so that neither
     // always finds the caches warmed by the other.
     static bool oursFirst(int pair) { return pair % 2 == 0; }
+    // Runs both, in the order that pair calls for.
+    template<typename Ours, typename Reference>
+    static void inTurns(int pair, Ours&& ours, Reference&& reference)
+    {
+        if (oursFirst(pair)) {
+            ours();
+            reference();
+        } else {
+            reference();
+            ours();
+        }
+    }
 
 private:
     QVector<double> oursSeconds;
