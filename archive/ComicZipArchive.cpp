@@ -1,5 +1,7 @@
 #include "ComicZipArchive.h"
 
+#include "QtCompat.h"
+
 #include <QDebug>
 
 #include <zip.h>
@@ -31,14 +33,14 @@ QStringList ComicZipArchive::files()
         zip_stat_t stat;
         zip_stat_init(&stat);
         zip_stat_index(archive, zip_uint64_t(index), 0, &stat);
-        names << QString::fromLatin1(stat.name);
+        names << QtCompat::fromEightBit(stat.name);
     }
     return names;
 }
 
 QByteArray ComicZipArchive::raw(const QString& name)
 {
-    const QByteArray entryName = name.toLatin1();
+    const QByteArray entryName = QtCompat::toEightBit(name);
     const zip_int64_t index = archive ? zip_name_locate(archive, entryName.constData(), 0) : -1;
 
     zip_stat_t stat;
@@ -59,7 +61,7 @@ QByteArray ComicZipArchive::raw(const QString& name)
     }
     if (count < 1) {
         qDebug() << "WHAT'S THE DEAL?  I GET LENGTH OF " << count << " for filename "
-                 << QString::fromLatin1(entryName);
+                 << QtCompat::fromEightBit(entryName.constData());
     }
     return bytes;
 }

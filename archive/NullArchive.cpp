@@ -1,5 +1,7 @@
 #include "NullArchive.h"
 
+#include "QtCompat.h"
+
 #include <QDebug>
 #include <QImageReader>
 

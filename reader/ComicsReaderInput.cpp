@@ -17,7 +17,7 @@ bool ComicsReader::event(QEvent* event)
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
-    case QEvent::TouchCancel:
+    case QtCompat::TouchCancel:
         return true;
     case QEvent::Gesture:
         return gestureEvent(static_cast<QGestureEvent*>(event));

@@ -15,31 +15,15 @@
 
 namespace {
 
-// The prepared page in the format the backing store blends fastest, when the
-// conversion keeps every painted pixel: the painter would convert on every paint.
+// The prepared page in the format the backing store blends fastest: the
+// painter would otherwise convert it on every paint.
 QImage fastToPaint(const QImage& image)
 {
-    switch (image.format()) {
-    case QImage::Format_Mono:
-    case QImage::Format_MonoLSB:
-    case QImage::Format_Indexed8:
-        return image.convertToFormat(
-            image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-    case QImage::Format_ARGB32:
-    case QImage::Format_RGBA8888:
-        return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    case QImage::Format_RGB16:
-    case QImage::Format_RGB666:
-    case QImage::Format_RGB555:
-    case QImage::Format_RGB888:
-    case QImage::Format_RGB444:
-    case QImage::Format_RGBX8888:
-    case QImage::Format_Grayscale8:
-    case QImage::Format_BGR888:
-        return image.convertToFormat(QImage::Format_RGB32);
-    default:
+    if (image.format() == QImage::Format_RGB32
+        || image.format() == QImage::Format_ARGB32_Premultiplied)
         return image;
-    }
+    return image.convertToFormat(
+        image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }
 
 // The zoom at which the page image, as shown now, fills the view across; never

@@ -2,7 +2,6 @@
 #include "TestSupport.h"
 
 #include <QImageReader>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using TestSupport::MessageLog;
@@ -22,7 +21,7 @@ private:
     QString write(const QString& name, const QByteArray& bytes);
     QString write(const QString& name, const QSize& size, const char* format);
 
-    QTemporaryDir dir;
+    TestSupport::TemporaryDir dir;
 };
 
 QString TestNullArchive::write(const QString& name, const QByteArray& bytes)
@@ -32,16 +31,14 @@ QString TestNullArchive::write(const QString& name, const QByteArray& bytes)
 
 QString TestNullArchive::write(const QString& name, const QSize& size, const char* format)
 {
-    QImage image(size, QImage::Format_Grayscale8);
-    image.fill(200);
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(qRgb(200, 200, 200));
     return image.save(dir.filePath(name), format) ? dir.filePath(name) : QString();
 }
 
 void TestNullArchive::initTestCase()
 {
     QVERIFY(dir.isValid());
-    if (!QImageReader::supportedImageFormats().contains("svg"))
-        QSKIP("no SVG image plug-in: drawings of any claimed size cannot be made");
 }
 
 void TestNullArchive::pixelBudget_data()
@@ -72,12 +69,15 @@ void TestNullArchive::pixelBudget()
     QFETCH(QString, path);
     QFETCH(QSize, decoded);
 
+    if (path.endsWith(QLatin1String(".svg"))
+        && !QImageReader::supportedImageFormats().contains("svg"))
+        QSKIP("no SVG image plug-in: drawings of any claimed size cannot be made");
     MessageLog log;
     QCOMPARE(NullArchive(path).data(path).size(), decoded);
     const bool shrunk = QImageReader(path).size() != decoded;
-    const QString line = QStringLiteral("Image too big, scaling to QSize(%1, %2)")
-                             .arg(decoded.width())
-                             .arg(decoded.height());
+    const QString line = TestSupport::debugLine(QStringLiteral("Image too big, scaling to QSize(%1, %2)")
+                                                    .arg(decoded.width())
+                                                    .arg(decoded.height()));
     QCOMPARE(log.lines(), shrunk ? QStringList(line) : QStringList());
 }
 

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 // The RAR archive and the real extractor, which is built beside this suite.
@@ -21,7 +20,7 @@ private slots:
     void extractorRefuses();
 
 private:
-    QTemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     QByteArray png;
 };
 
@@ -31,7 +30,7 @@ const QString unrar = TestSupport::binDir() + QStringLiteral("/unrar");
 
 QStringList jpegs(const QStringList& names)
 {
-    return names.filter(QRegularExpression(QStringLiteral("\\.jpg$")));
+    return names.filter(QRegExp(QStringLiteral("\\.jpg$")));
 }
 
 } // namespace
@@ -39,6 +38,7 @@ QStringList jpegs(const QStringList& names)
 void TestRarArchive::initTestCase()
 {
     QVERIFY(dir.isValid());
+    TestSupport::useUtf8ForEightBitStrings();
     png = TestSupport::encode(TestSupport::makePage(30, 40), "PNG");
 }
 

@@ -1,7 +1,6 @@
 #include "ComicZipArchive.h"
 #include "TestSupport.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <zip.h>
@@ -12,9 +11,10 @@ namespace {
 
 QString readLine(qint64 count, const QString& name)
 {
-    return QStringLiteral("WHAT'S THE DEAL?  I GET LENGTH OF  %1  for filename  \"%2\"")
-        .arg(count)
-        .arg(name);
+    return TestSupport::debugLine(
+        QStringLiteral("WHAT'S THE DEAL?  I GET LENGTH OF  %1  for filename  \"%2\"")
+            .arg(count)
+            .arg(name));
 }
 
 } // namespace
@@ -30,7 +30,7 @@ private slots:
     void failedReads();
 
 private:
-    QTemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     QByteArray png;
 };
 
@@ -54,7 +54,8 @@ void TestZipArchive::listsAndDecodesEveryEntry()
     ComicZipArchive archive(path);
     const QStringList listed = archive.files();
     QCOMPARE(listed.size(), names.size());
-    QCOMPARE(listed.mid(0, 4).join('|').toLatin1(), names.mid(0, 4).join('|'));
+    QCOMPARE(QStringList(listed.mid(0, 4)).join(QStringLiteral("|")).toLatin1(),
+        TestSupport::joined(names.mid(0, 4), '|'));
     for (const QString& name : listed) {
         if (name.endsWith(QLatin1String(".png")))
             QCOMPARE(archive.data(name).size(), QSize(30, 40));
@@ -70,7 +71,8 @@ void TestZipArchive::failedReads_data()
     const QString path = dir.filePath(QStringLiteral("fixture.cbz"));
     QVERIFY(TestSupport::writeZip(path, { { "page.png", png }, { "empty.png", "" } }));
     const QByteArray good = TestSupport::readFile(path);
-    const QString noZip = QStringLiteral("ZIP OPEN ERROR:  %1").arg(ZIP_ER_NOZIP);
+    const QString noZip
+        = TestSupport::debugLine(QStringLiteral("ZIP OPEN ERROR:  %1").arg(ZIP_ER_NOZIP));
 
     QTest::newRow("not a ZIP") << QByteArray("Rar!\x1a\x07\x01\x00", 8) << "page.png"
                                << QStringList { noZip, readLine(-1, "page.png") };
