@@ -76,7 +76,7 @@ Contact contact(Contact::Phase phase, const QPointF& position, unsigned long tim
 
 Contact contactOf(const QEvent* event)
 {
-    switch (event->type()) {
+    switch (static_cast<int>(event->type())) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseMove:
     case QEvent::MouseButtonRelease: {
@@ -396,7 +396,7 @@ QGestureRecognizer::Result PinchGestureRecognizer::recognize(
         pinch->setScaleFactor(1.0);
         return FinishGesture;
     }
-    switch (event->type()) {
+    switch (static_cast<int>(event->type())) {
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:

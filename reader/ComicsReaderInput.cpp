@@ -12,7 +12,7 @@
 
 bool ComicsReader::event(QEvent* event)
 {
-    switch (event->type()) {
+    switch (static_cast<int>(event->type())) {
     // Raw touch is the host's recognizers' business; 209 (TouchCancel here) too.
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:

@@ -29,8 +29,9 @@ const Qt::SplitBehavior KeepEmptyParts = Qt::KeepEmptyParts;
 const Qt::SplitBehavior SkipEmptyParts = Qt::SkipEmptyParts;
 #endif
 
-// Event type 209, which Qt 5 names TouchCancel and Qt 4 leaves unnamed.
-const QEvent::Type TouchCancel = QEvent::Type(209);
+// Event type 209, which Qt 5 names TouchCancel and Qt 4 leaves unnamed; a
+// switch that has it as a case switches on the type as an int.
+const int TouchCancel = 209;
 
 // The device sorts with qSort, which Qt 5 deprecates; the comparison is the
 // same, and neither sort is stable.
