@@ -1,6 +1,7 @@
 #include "ComicZipArchive.h"
 
 #include "QtCompat.h"
+#include "ZipFileSource.h"
 
 #include <QDebug>
 
@@ -14,7 +15,7 @@ ComicZipArchive::ComicZipArchive(const QString& path)
     cleanPath.remove(QStringLiteral("file://"));
 
     int error = 0;
-    archive = zip_open(cleanPath.toUtf8().constData(), 0, &error);
+    archive = ZipFileSource::open(cleanPath.toUtf8(), &error);
     if (error != 0)
         qDebug() << "ZIP OPEN ERROR: " << error;
 }
@@ -40,7 +41,7 @@ QStringList ComicZipArchive::files()
 
 QByteArray ComicZipArchive::raw(const QString& name)
 {
-    const QByteArray entryName = QtCompat::toEightBit(name);
+    const QByteArray entryName = name.toLatin1();
     const zip_int64_t index = archive ? zip_name_locate(archive, entryName.constData(), 0) : -1;
 
     zip_stat_t stat;
@@ -61,7 +62,7 @@ QByteArray ComicZipArchive::raw(const QString& name)
     }
     if (count < 1) {
         qDebug() << "WHAT'S THE DEAL?  I GET LENGTH OF " << count << " for filename "
-                 << QtCompat::fromEightBit(entryName.constData());
+                 << QString::fromLatin1(entryName);
     }
     return bytes;
 }

@@ -55,13 +55,22 @@ unsigned long eventTime(const QInputEvent* event)
 #endif
 }
 
-// The wheel's turn in eighths of a degree, up positive.
+// The wheel's turn in eighths of a degree, up positive, and where it turned.
 int wheelAngle(const QWheelEvent* wheel)
 {
 #if QT_VERSION >= 0x050000
     return wheel->angleDelta().y();
 #else
     return wheel->orientation() == Qt::Vertical ? wheel->delta() : 0;
+#endif
+}
+
+QPointF wheelPosition(const QWheelEvent* wheel)
+{
+#if QT_VERSION >= 0x050000
+    return wheel->globalPosition();
+#else
+    return QPointF(wheel->globalPos());
 #endif
 }
 
@@ -370,7 +379,7 @@ QGestureRecognizer::Result recognizeWheel(TrackedPinch* pinch, const QWheelEvent
     if (steps == 0)
         return QGestureRecognizer::Ignore;
     pinch->setScaleFactor(std::pow(WheelStepScale, steps));
-    pinch->setCenterPoint(QPointF(wheel->globalPos()));
+    pinch->setCenterPoint(wheelPosition(wheel));
     pinch->track.source = PinchTrack::Wheel;
     // The wheel zooms here and scrolls nothing else.
     return QGestureRecognizer::TriggerGesture | QGestureRecognizer::ConsumeEventHint;

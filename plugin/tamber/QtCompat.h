@@ -57,15 +57,6 @@ inline QString fromEightBit(const char* data, int size = -1)
 #endif
 }
 
-inline QByteArray toEightBit(const QString& text)
-{
-#if QT_VERSION < 0x050000
-    return text.toAscii();
-#else
-    return text.toLatin1();
-#endif
-}
-
 // An external program's listing of names. Qt 4 reads it with the 8-bit
 // conversion above. Under Qt 5 it is read with the local 8-bit codec, which
 // QProcess encodes arguments with, so that a listed name reaches the program
