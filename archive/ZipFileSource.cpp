@@ -92,6 +92,14 @@ zip_t* open(const QByteArray& path, int* error)
         state->size = end > 0 ? zip_uint64_t(end) : 0;
     }
 
+    // An empty file is an archive without entries, as older libzip releases
+    // read it; libzip 1.7 calls it "not a ZIP".
+    if (state->file && state->size == 0) {
+        callback(state, nullptr, 0, ZIP_SOURCE_FREE);
+        *error = 0;
+        return nullptr;
+    }
+
     zip_error_t sourceError;
     zip_error_init(&sourceError);
     zip_source_t* source = zip_source_function_create(callback, state, &sourceError);

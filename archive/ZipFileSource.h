@@ -12,7 +12,8 @@ struct zip;
 // ZIP_ER_OPEN for one that cannot be read, and libzip's own for the rest.
 namespace ZipFileSource {
 
-// The archive, or null with the libzip error code in error.
+// The archive, or null with the libzip error code in error; null with no
+// error for an empty file, which holds no entries.
 struct zip* open(const QByteArray& path, int* error);
 
 } // namespace ZipFileSource

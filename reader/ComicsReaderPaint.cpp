@@ -15,15 +15,20 @@
 
 namespace {
 
-// The prepared page in the format the backing store blends fastest: the
-// painter would otherwise convert it on every paint.
-QImage fastToPaint(const QImage& image)
+// The prepared page, opaque and in the format the backing store takes
+// fastest. A page with transparency is drawn onto white once, here: the view
+// paints opaque and fills its background only after a decode, so a
+// transparent page painted again would darken over its own last paint.
+QImage opaqueOnWhite(const QImage& image)
 {
-    if (image.format() == QImage::Format_RGB32
-        || image.format() == QImage::Format_ARGB32_Premultiplied)
-        return image;
-    return image.convertToFormat(
-        image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    if (!image.hasAlphaChannel())
+        return image.format() == QImage::Format_RGB32 ? image
+                                                      : image.convertToFormat(QImage::Format_RGB32);
+    QImage page(image.size(), QImage::Format_RGB32);
+    page.fill(qRgb(255, 255, 255));
+    QPainter painter(&page);
+    painter.drawImage(0, 0, image);
+    return page;
 }
 
 // The zoom at which the page image, as shown now, fills the view across; never
@@ -78,7 +83,7 @@ void ComicsReader::paintEvent(QPaintEvent*)
             : pageImage.scaled(QSize(int(viewWidth * zoom), int(viewHeight * zoom)),
                 Qt::KeepAspectRatio, Qt::SmoothTransformation);
         pageImage = QImage();
-        pageImage = fastToPaint(scaled.transformed(turn, Qt::FastTransformation));
+        pageImage = opaqueOnWhite(scaled.transformed(turn, Qt::FastTransformation));
 
         QColor white;
         white.setRgb(255, 255, 255, 255);

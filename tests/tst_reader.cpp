@@ -336,7 +336,10 @@ void TestReader::placement()
 
 void TestReader::samePageNeitherDecodesNorFills()
 {
-    ProbeReader* view = makeView({ solid(100, 300, ink), solid(100, 300, Qt::green) });
+    QImage translucent(100, 300, QImage::Format_ARGB32);
+    translucent.fill(qRgba(0, 0, 0, 128));
+    ProbeReader* view
+        = makeView({ solid(100, 300, ink), solid(100, 300, Qt::green), translucent });
 
     QImage shot = paint(view, Qt::red);
     QCOMPARE(decodes, 1);
@@ -360,6 +363,12 @@ void TestReader::samePageNeitherDecodesNorFills()
     view->setOrientation(ScreenOrientationPortrait);
     paint(view);
     QCOMPARE(decodes, 4);
+
+    // A page with transparency shows on white, and the same on every paint.
+    view->setPage(2);
+    const QColor grey = TestSupport::pixelColor(paint(view, Qt::red), 50, 150);
+    QVERIFY2(qAbs(grey.red() - 127) <= 1 && grey.green() == grey.red(), qPrintable(grey.name()));
+    QCOMPARE(TestSupport::pixelColor(paint(view, Qt::red), 50, 150), grey);
 }
 
 void TestReader::panIsClampedKeptAndRepaintedOnlyOnChange()

@@ -42,9 +42,12 @@ void TestZipArchive::initTestCase()
 
 void TestZipArchive::listsAndDecodesEveryEntry()
 {
-    // Names in any encoding come back as their bytes, so each opens again.
+    // Names in any encoding come back as their bytes, each as one Latin-1
+    // character, so each opens again: libzip converts none, not even a name
+    // it takes to be in a code page.
     const QList<QByteArray> names { "Chapter 1/", "Chapter 1/001.png", "notes.txt",
-        "Caf\xc3\xa9/01.png", "\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8/02.png", "caf\xe9/03.png" };
+        "Caf\xc3\xa9/01.png", "\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8/02.png", "caf\xe9/03.png",
+        "caf\x82 1.png" };
     QList<TestSupport::ZipEntry> entries;
     for (const QByteArray& name : names)
         entries << TestSupport::ZipEntry(name, name.endsWith(".png") ? png : QByteArray());
@@ -53,9 +56,7 @@ void TestZipArchive::listsAndDecodesEveryEntry()
 
     ComicZipArchive archive(path);
     const QStringList listed = archive.files();
-    QCOMPARE(listed.size(), names.size());
-    QCOMPARE(QStringList(listed.mid(0, 4)).join(QStringLiteral("|")).toLatin1(),
-        TestSupport::joined(names.mid(0, 4), '|'));
+    QCOMPARE(listed.join(QStringLiteral("|")).toLatin1(), TestSupport::joined(names, '|'));
     for (const QString& name : listed) {
         if (name.endsWith(QLatin1String(".png")))
             QCOMPARE(archive.data(name).size(), QSize(30, 40));
@@ -78,6 +79,8 @@ void TestZipArchive::failedReads_data()
                                << QStringList { noZip, readLine(-1, "page.png") };
     QTest::newRow("truncated ZIP") << good.left(good.size() / 2) << "page.png"
                                    << QStringList { noZip, readLine(-1, "page.png") };
+    QTest::newRow("empty file: an archive without entries")
+        << QByteArray() << "page.png" << QStringList(readLine(-1, "page.png"));
     QTest::newRow("unknown name") << good << "other.png" << QStringList(readLine(-1, "other.png"));
     QTest::newRow("lookup is case-sensitive")
         << good << "PAGE.png" << QStringList(readLine(-1, "PAGE.png"));

@@ -278,6 +278,19 @@ bool writeRar(const QString& path, const QList<ZipEntry>& entries)
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(rar) == rar.size();
 }
 
+QByteArray gifWithScreen(const QSize& screen)
+{
+    QByteArray gif("GIF89a\0\0\0\0\x80\x00\x00\xff\xff\xff\x00\x00\x00"
+                   "!\xf9\x04\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00"
+                   "\x02\x02\x44\x01\x00;",
+        43);
+    gif[6] = char(screen.width() & 0xff);
+    gif[7] = char(screen.width() >> 8);
+    gif[8] = char(screen.height() & 0xff);
+    gif[9] = char(screen.height() >> 8);
+    return gif;
+}
+
 QByteArray pngHeaderOnly(const QSize& size)
 {
     auto bigEndian32 = [](quint32 value) {

@@ -129,6 +129,10 @@ QByteArray encode(const QImage& image, const char* format);
 // allowed. Returns false if the file could not be written.
 bool writeRar(const QString& path, const QList<ZipEntry>& entries);
 
+// A GIF of one 1 × 1 frame on a logical screen of the given size, which Qt
+// decodes to the whole screen.
+QByteArray gifWithScreen(const QSize& screen);
+
 // The start of a one-bit greyscale PNG: its header claims the given size, its
 // pixel data is cut off, so it reports the size but never decodes.
 QByteArray pngHeaderOnly(const QSize& size);

@@ -27,15 +27,75 @@ static struct archive* opened(struct archive* archive, int status, const char* n
     return NULL;
 }
 
-/* The name in the locale's encoding, or UTF-8 where it has no such form. The
- * plug-in hands a listed name back as the very bytes it read, so listing and
- * lookup go through this one function. Folders have no name here. */
-static const char* entry_name(struct archive_entry* entry)
+/* How many continuation bytes follow a UTF-8 lead byte; -1 if it leads none. */
+static int continuations(unsigned char lead)
+{
+    if (lead < 0x80)
+        return 0;
+    if (lead >= 0xc2 && lead <= 0xdf)
+        return 1;
+    if ((lead & 0xf0) == 0xe0)
+        return 2;
+    if (lead >= 0xf0 && lead <= 0xf4)
+        return 3;
+    return -1;
+}
+
+static bool is_utf8(const unsigned char* text)
+{
+    while (*text) {
+        int follow = continuations(*text++);
+        if (follow < 0)
+            return false;
+        for (; follow > 0; --follow) {
+            if ((*text++ & 0xc0) != 0x80)
+                return false;
+        }
+    }
+    return true;
+}
+
+/* How an entry is listed, and so how it is asked for again: UTF-8 in any
+ * locale, since the plug-in reads the listing as UTF-8 and hands a name back
+ * as UTF-8. A name stored as Unicode comes as it is; one stored in a code page
+ * (bytes that are not UTF-8) has each byte read as Latin-1, as the plug-in
+ * reads ZIP names, so that every name has one form. Returns false for a folder
+ * (it has no name here) and, with a message, for a name that has no form. */
+static bool entry_name(struct archive_entry* entry, char* out, size_t size, FILE* err)
 {
     if (archive_entry_filetype(entry) == AE_IFDIR)
-        return NULL;
-    const char* name = archive_entry_pathname(entry);
-    return name ? name : archive_entry_pathname_utf8(entry);
+        return false;
+    const char* name = archive_entry_pathname_utf8(entry);
+    if (!name)
+        name = archive_entry_pathname(entry);
+    if (!name) {
+        fprintf(err, "unrar: an entry's name cannot be read in any encoding\n");
+        return false;
+    }
+    const unsigned char* byte = (const unsigned char*)name;
+    size_t length = 0;
+    if (is_utf8(byte)) {
+        length = strlen(name);
+        if (length >= size)
+            goto too_long;
+        memcpy(out, name, length + 1);
+        return true;
+    }
+    for (; *byte; ++byte) {
+        if (length + 3 > size)
+            goto too_long;
+        if (*byte < 0x80) {
+            out[length++] = (char)*byte;
+        } else {
+            out[length++] = (char)(0xc0 | (*byte >> 6));
+            out[length++] = (char)(0x80 | (*byte & 0x3f));
+        }
+    }
+    out[length] = '\0';
+    return true;
+too_long:
+    fprintf(err, "unrar: an entry's name is longer than %zu bytes\n", size - 1);
+    return false;
 }
 
 /* Advances to the next entry; false at the end or on an error, which is then
@@ -69,10 +129,12 @@ int extractor_list(struct archive* archive, const char* name, FILE* out, FILE* e
 {
     struct archive_entry* entry = NULL;
     bool failed = false;
+    static char listed[64 * 1024];
     while (next_entry(archive, name, &entry, &failed, err)) {
-        const char* listed = entry_name(entry);
-        if (listed)
+        if (entry_name(entry, listed, sizeof listed, err))
             fprintf(out, "%s\n", listed);
+        else if (archive_entry_filetype(entry) != AE_IFDIR)
+            failed = true;
     }
     archive_read_free(archive);
     return failed || fflush(out) != 0 ? 1 : 0;
@@ -84,10 +146,9 @@ int extractor_print(
     struct archive_entry* entry = NULL;
     bool failed = false;
     bool found = false;
-    while (!found && next_entry(archive, name, &entry, &failed, err)) {
-        const char* listed = entry_name(entry);
-        found = listed && strcmp(listed, wanted) == 0;
-    }
+    static char listed[64 * 1024];
+    while (!found && next_entry(archive, name, &entry, &failed, err))
+        found = entry_name(entry, listed, sizeof listed, err) && strcmp(listed, wanted) == 0;
     if (found) {
         static char buffer[64 * 1024];
         la_ssize_t count;

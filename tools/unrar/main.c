@@ -20,8 +20,12 @@ static const char usage[] = "usage: unrar vb ARCHIVE\n"
 
 int main(int argc, char** argv)
 {
-    /* Names convert to the user's encoding, the one the plug-in decodes with. */
-    setlocale(LC_ALL, "");
+    /* Names are listed as UTF-8 whatever the user's locale: libarchive
+     * converts Unicode names to the character type, which in the C locale
+     * could hold none of them. musl knows any UTF-8 name; glibc has C.UTF-8
+     * from 2.35 and often en_US.UTF-8 before. */
+    if (!setlocale(LC_CTYPE, "C.UTF-8") && !setlocale(LC_CTYPE, "en_US.UTF-8"))
+        setlocale(LC_CTYPE, "");
 
     if (argc == 3 && strcmp(argv[1], "vb") == 0) {
         struct archive* archive = extractor_open_file(argv[2], stderr);
