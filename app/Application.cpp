@@ -26,7 +26,8 @@ const QString pluginFileName = QStringLiteral("libcomicsreader.so");
 QCommandLineOption libraryOption()
 {
     return QCommandLineOption(QStringLiteral("library"),
-        QStringLiteral("The library file, created when missing (default: $TAMBER_LIBRARY, else "
+        QStringLiteral("The library file, which import and session create when missing "
+                       "(default: $TAMBER_LIBRARY, else "
                        "tamber/library.sqlite in $XDG_DATA_HOME)."),
         QStringLiteral("FILE"));
 }
