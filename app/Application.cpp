@@ -3,16 +3,21 @@
 #include "BookArgument.h"
 #include "Command.h"
 #include "CommandTable.h"
+#include "FileProblem.h"
 #include "HelpText.h"
 #include "Library.h"
 #include "PluginLoader.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QLoggingCategory>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -21,7 +26,8 @@ const QString pluginFileName = QStringLiteral("libcomicsreader.so");
 QCommandLineOption libraryOption()
 {
     return QCommandLineOption(QStringLiteral("library"),
-        QStringLiteral("The library file, created when missing (default: $TAMBER_LIBRARY, else "
+        QStringLiteral("The library file, which import and session create when missing "
+                       "(default: $TAMBER_LIBRARY, else "
                        "tamber/library.sqlite in $XDG_DATA_HOME)."),
         QStringLiteral("FILE"));
 }
@@ -52,6 +58,15 @@ QCommandLineOption manOption()
     return QCommandLineOption(QStringLiteral("man"),
         QStringLiteral("Prints the manual page, every command's help, as roff (try "
                        "\"tamber --man | man -l -\")."));
+}
+
+// errno of the first write to standard output that failed, else 0.
+int outputError = 0;
+
+QHash<QString, QByteArray>& rawArguments()
+{
+    static QHash<QString, QByteArray> arguments;
+    return arguments;
 }
 
 bool displayAvailable()
@@ -96,6 +111,20 @@ Application::~Application()
     Library::close();
 }
 
+void Application::keepRawArguments(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray raw(argv[i]);
+        if (!FileProblem::isRepresentable(raw))
+            rawArguments().insert(QFile::decodeName(raw), raw);
+    }
+}
+
+QByteArray Application::rawArgument(const QString& argument)
+{
+    return rawArguments().value(argument);
+}
+
 QString Application::commandName(const QStringList& arguments)
 {
     for (int i = 1; i < arguments.size(); ++i) {
@@ -111,6 +140,18 @@ QString Application::commandName(const QStringList& arguments)
 }
 
 int Application::run()
+{
+    int status = dispatch();
+    if (outputFailed()) {
+        warn(QStringLiteral("cannot write to standard output: %1")
+                 .arg(QString::fromLocal8Bit(std::strerror(outputError))));
+        if (status == Success)
+            status = Failed;
+    }
+    return status;
+}
+
+int Application::dispatch()
 {
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
@@ -198,10 +239,14 @@ QStringList Application::pluginCandidates()
         folder + QStringLiteral("/plugins/") + pluginFileName };
 }
 
-bool Application::openLibrary()
+bool Application::openLibrary(LibraryUse use)
 {
     if (Library::isOpen())
         return true;
+    if (use == MustExist && !QFileInfo::exists(libraryPath())) {
+        warn(QStringLiteral("%1: no such library; \"tamber import\" makes one").arg(libraryPath()));
+        return false;
+    }
     QString error;
     if (Library::open(libraryPath(), &error))
         return true;
@@ -230,7 +275,7 @@ Application::OpenedBook Application::openBook(const QString& argument)
 {
     OpenedBook book;
     book.status = UsageError;
-    if (!openLibrary())
+    if (!openLibrary(MustExist))
         return book;
     book.loader = loadPlugin();
     if (!book.loader)
@@ -264,20 +309,61 @@ QString Application::pluginPath() const
 
 void Application::print(const QByteArray& bytes)
 {
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-    std::fflush(stdout);
+    if (outputError)
+        return;
+    errno = 0;
+    if (std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) != size_t(bytes.size())
+        || std::fflush(stdout) != 0) {
+        outputError = errno ? errno : EIO;
+    }
 }
 
 void Application::printLine(const QString& line)
 {
-    print(line.toUtf8() + '\n');
+    print(printable(line).toUtf8() + '\n');
+}
+
+bool Application::outputFailed()
+{
+    return outputError != 0;
 }
 
 void Application::warn(const QString& message)
 {
-    std::fflush(stdout);
-    std::fputs(QStringLiteral("tamber: %1\n").arg(message).toUtf8().constData(), stderr);
+    if (!outputError)
+        std::fflush(stdout);
+    std::fputs(QStringLiteral("tamber: %1\n").arg(printable(message)).toUtf8().constData(), stderr);
     std::fflush(stderr);
+}
+
+QString Application::printable(const QString& text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const QChar c : text) {
+        const ushort code = c.unicode();
+        if (code >= 0x20 && code != 0x7f && !(code >= 0x80 && code < 0xa0)) {
+            result += c;
+            continue;
+        }
+        switch (code) {
+        case '\n':
+            result += QLatin1String("\\n");
+            break;
+        case '\t':
+            result += QLatin1String("\\t");
+            break;
+        case '\r':
+            result += QLatin1String("\\r");
+            break;
+        case 0x1b:
+            result += QLatin1String("\\e");
+            break;
+        default:
+            result += QStringLiteral("\\x%1").arg(code, 2, 16, QLatin1Char('0'));
+        }
+    }
+    return result;
 }
 
 int Application::usageError(const QString& message, const Command* command)

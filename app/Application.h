@@ -34,9 +34,12 @@ public:
 
     int run();
 
+    enum LibraryUse { CreateIfMissing, MustExist };
     // The library that --library, TAMBER_LIBRARY or the default location
-    // names. On failure the user has been told; exit with UsageError.
-    bool openLibrary();
+    // names. Commands that only read pass MustExist, so that a mistyped path
+    // makes no empty library. On failure the user has been told; exit with
+    // UsageError.
+    bool openLibrary(LibraryUse use = CreateIfMissing);
     // The plug-in that --plugin, TAMBER_PLUGIN or the default names, loaded
     // on first use. Null after telling the user why; exit with UsageError.
     PluginLoader* loadPlugin();
@@ -64,18 +67,32 @@ public:
     // The options that only tamber without a command takes.
     static QList<QCommandLineOption> programOptions();
 
+    // Results to standard output. A write that fails (a closed pipe, a full
+    // disk) is remembered and makes run() report it and return Failed.
     static void print(const QByteArray& bytes);
+    // The line with its control characters escaped.
     static void printLine(const QString& line);
-    // "tamber: message" on standard error.
+    static bool outputFailed();
+    // "tamber: message" on standard error, control characters escaped.
     static void warn(const QString& message);
+    // Control characters as \n, \t, \e, \xNN, so that a file name cannot
+    // move the cursor, colour the terminal or break a line.
+    static QString printable(const QString& text);
     // Tells the user what was wrong and where to find help; returns UsageError.
     static int usageError(const QString& message, const Command* command = nullptr);
+
+    // Keeps the bytes of the arguments that do not survive decoding (names
+    // that are not valid UTF-8), so that messages can show what was given.
+    static void keepRawArguments(int argc, char** argv);
+    // The bytes an argument was decoded from; empty when it decoded losslessly.
+    static QByteArray rawArgument(const QString& argument);
 
     // The command word of a command line: the first argument that is neither
     // an option nor the value of a global option.
     static QString commandName(const QStringList& arguments);
 
 private:
+    int dispatch();
     int runCommand(const Command& command, const QStringList& arguments);
 
     QStringList m_arguments;

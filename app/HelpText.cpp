@@ -28,8 +28,9 @@ const QString introduction = QStringLiteral(
     "reading window, and plays scripted sessions with a trace of everything the plug-in "
     "does.\n"
     "\n"
-    "The plug-in reads comics packed as ZIP (.cbz, .zave) or as RAR (.cbr, through the "
-    "unrar extractor beside tamber) and single pictures. The global options --library, "
+    "The plug-in reads comics packed as ZIP (.cbz) or as RAR (.cbr, through the unrar "
+    "extractor beside tamber) and single pictures; \"tamber plugin\" lists the file "
+    "patterns that import takes. The global options --library, "
     "--plugin and --help may also follow the command word.");
 
 QVector<Row> environment()

@@ -1,7 +1,9 @@
 #include "ImportCommand.h"
 
 #include "Application.h"
+#include "FileProblem.h"
 #include "ImportFileFinder.h"
+#include "Library.h"
 #include "ParserHost.h"
 #include "PluginInterface.h"
 #include "PluginLoader.h"
@@ -9,12 +11,31 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QHash>
 
 namespace {
 
 QString pageCount(int count)
 {
     return count == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(count);
+}
+
+QString withoutScheme(QString id)
+{
+    return id.startsWith(QLatin1String("file://")) ? id.mid(7) : id;
+}
+
+// The stored books by the file their ids lead to, so that a file reached
+// through another path (a link) replaces its book instead of adding one.
+QHash<QString, QString> storedByFile()
+{
+    QHash<QString, QString> ids;
+    for (const Volume& book : Library::books()) {
+        const QString file = QFileInfo(withoutScheme(book.getId())).canonicalFilePath();
+        if (!file.isEmpty() && !ids.contains(file))
+            ids.insert(file, book.getId());
+    }
+    return ids;
 }
 
 } // namespace
@@ -49,9 +70,13 @@ QString ImportCommand::description() const
         "and makes the exit status 1. On a terminal, a progress bar on standard error "
         "follows an import of more than one file.\n"
         "\n"
-        "Importing a file again replaces its book and page records and keeps its reading "
-        "position, reading status and dog ears. A book's id is the path it was imported "
-        "under, made absolute.");
+        "Importing a file again, under any path that leads to it (such as through a "
+        "linked folder), replaces its book and page records and keeps its reading "
+        "position, reading status and dog ears. A book's id is the path it was first "
+        "imported under, made absolute.\n"
+        "\n"
+        "The import goes on when standard output goes away (tamber import ~/Comics | "
+        "head -1); the exit status is then 1.");
 }
 
 QVector<Command::Argument> ImportCommand::arguments() const
@@ -93,18 +118,24 @@ int ImportCommand::run(Application& app, const QCommandLineParser& parser) const
         Application::warn(problem);
 
     int failures = problems.size();
+    QHash<QString, QString> stored = storedByFile();
     ParserHost host(loader->plugin());
     ProgressBar progress(files.size(), files.size() > 1 && ProgressBar::isTerminal());
     for (int i = 0; i < files.size(); ++i) {
-        const QString& file = files.at(i);
+        const QString canonical = QFileInfo(files.at(i)).canonicalFilePath();
+        const QString file = stored.value(canonical, files.at(i));
         progress.show(i, QFileInfo(file).fileName());
         QString error;
         const QVector<Volume> books = host.importFile(file, &error);
         progress.clear();
         if (books.isEmpty()) {
+            if (error.isEmpty())
+                error = FileProblem::of(file);
             Application::warn(QStringLiteral("%1: %2").arg(
                 file, error.isEmpty() ? QStringLiteral("no pages found") : error));
             ++failures;
+        } else if (!canonical.isEmpty()) {
+            stored.insert(canonical, file);
         }
         for (const Volume& book : books)
             Application::printLine(

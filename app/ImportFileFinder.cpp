@@ -1,9 +1,46 @@
 #include "ImportFileFinder.h"
 
+#include "Application.h"
+#include "FileProblem.h"
+
 #include <QDir>
 #include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
+
+#include <dirent.h>
+
+namespace {
+
+QString notRepresentable(const QString& shown)
+{
+    return QStringLiteral("%1: skipped, the name is not valid UTF-8 (the plug-in opens files by "
+                          "UTF-8 names)")
+        .arg(shown);
+}
+
+// The names in folder that Qt cannot name again (not valid UTF-8): QDirIterator
+// would list them decoded with replacement characters, under which no file exists.
+QSet<QString> unrepresentableNames(const QString& folder, QStringList* problems)
+{
+    QSet<QString> names;
+    DIR* dir = opendir(QFile::encodeName(folder).constData());
+    if (!dir)
+        return names;
+    while (const dirent* entry = readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name.startsWith('.') || FileProblem::isRepresentable(name))
+            continue;
+        names.insert(QFile::decodeName(name));
+        *problems << notRepresentable(
+            folder + QLatin1Char('/') + FileProblem::bytesForPeople(name));
+    }
+    closedir(dir);
+    return names;
+}
+
+} // namespace
 
 ImportFileFinder::ImportFileFinder(const QStringList& patterns)
 {
@@ -21,18 +58,21 @@ bool ImportFileFinder::matches(const QString& fileName) const
     return false;
 }
 
-QStringList ImportFileFinder::filesIn(const QString& folder) const
+QStringList ImportFileFinder::filesIn(const QString& folder, QStringList* problems) const
 {
     QStringList files;
+    const QSet<QString> unrepresentable = unrepresentableNames(folder, problems);
     // Without QDir::Hidden, hidden files and folders are left out.
     QDirIterator it(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
     while (it.hasNext()) {
         const QString path = it.next();
         const QFileInfo info = it.fileInfo();
+        if (unrepresentable.contains(info.fileName()))
+            continue;
         if (info.isDir()) {
             // Linked folders are not followed: they may lead back up the tree.
             if (!info.isSymLink())
-                files << filesIn(path);
+                files << filesIn(path, problems);
         } else if (matches(info.fileName())) {
             files << path;
         }
@@ -43,22 +83,30 @@ QStringList ImportFileFinder::filesIn(const QString& folder) const
 QStringList ImportFileFinder::find(const QStringList& paths, QStringList* problems) const
 {
     QStringList result;
+    // A file reached by two paths (a link) is imported once, under the first.
     QSet<QString> seen;
     auto add = [&](const QString& path) {
-        const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-        if (!seen.contains(absolute)) {
-            seen.insert(absolute);
+        const QFileInfo info(path);
+        const QString absolute = QDir::cleanPath(info.absoluteFilePath());
+        const QString canonical = info.canonicalFilePath();
+        const QString key = canonical.isEmpty() ? absolute : canonical;
+        if (!seen.contains(key)) {
+            seen.insert(key);
             result << absolute;
         }
     };
 
     for (const QString& path : paths) {
         const QFileInfo info(path);
-        if (!info.exists()) {
+        const QByteArray raw = Application::rawArgument(path);
+        if (!raw.isEmpty()) {
+            *problems << notRepresentable(FileProblem::bytesForPeople(raw));
+        } else if (!info.exists()) {
             *problems << QStringLiteral("%1: no such file or folder").arg(path);
         } else if (info.isDir()) {
-            QStringList files = filesIn(path);
-            if (files.isEmpty())
+            const int before = problems->size();
+            QStringList files = filesIn(path, problems);
+            if (files.isEmpty() && problems->size() == before)
                 *problems << QStringLiteral("%1: no files of the plug-in's types").arg(path);
             files.sort();
             for (const QString& file : files)

@@ -15,14 +15,15 @@ public:
 
     bool matches(const QString& fileName) const;
 
-    // Absolute paths of the files to import, each once, in the order given
-    // (a folder's files sorted by path). What cannot be imported (a missing
-    // path, a file of another type, a folder without matches) goes to problems
-    // as a message for people.
+    // Absolute paths of the files to import, each file once however many
+    // paths reach it, in the order given (a folder's files sorted by path).
+    // What cannot be imported (a missing path, a file of another type, a name
+    // that is not valid UTF-8, a folder without matches) goes to problems as
+    // a message for people.
     QStringList find(const QStringList& paths, QStringList* problems) const;
 
 private:
-    QStringList filesIn(const QString& folder) const;
+    QStringList filesIn(const QString& folder, QStringList* problems) const;
 
     QVector<QRegularExpression> m_patterns;
 };

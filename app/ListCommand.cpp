@@ -49,9 +49,14 @@ int ListCommand::run(Application& app, const QCommandLineParser& parser) const
 {
     if (!parser.positionalArguments().isEmpty())
         return Application::usageError(QStringLiteral("list takes no arguments"), this);
-    if (!app.openLibrary())
+    if (!app.openLibrary(Application::MustExist))
         return Application::UsageError;
-    const QList<Volume> books = Library::books();
+    QString error;
+    const QList<Volume> books = Library::books(&error);
+    if (!error.isEmpty()) {
+        Application::warn(QStringLiteral("cannot read the library: %1").arg(error));
+        return Application::UsageError;
+    }
 
     if (parser.isSet(QStringLiteral("json"))) {
         QVector<QByteArray> items;
@@ -67,9 +72,10 @@ int ListCommand::run(Application& app, const QCommandLineParser& parser) const
         = { { QStringLiteral("TITLE"), QStringLiteral("AUTHOR"), QStringLiteral("PAGES"),
             QStringLiteral("READ"), QStringLiteral("STATUS"), QStringLiteral("ID") } };
     for (const Volume& book : books)
-        rows << QStringList { book.getTitle(), book.attribute(ATTRIBUTE_ATTRIBUTION).toString(),
+        rows << QStringList { Application::printable(book.getTitle()),
+            Application::printable(book.attribute(ATTRIBUTE_ATTRIBUTION).toString()),
             QString::number(book.pageCount()), QStringLiteral("%1%").arg(book.percentRead()),
-            ReadingStatus::name(book.readStatus()), book.getId() };
+            ReadingStatus::name(book.readStatus()), Application::printable(book.getId()) };
     QVector<int> widths(rows.first().size(), 0);
     for (const QStringList& row : rows) {
         for (int column = 0; column < row.size(); ++column)

@@ -6,26 +6,15 @@
 #include "Library.h"
 #include "PluginLoader.h"
 #include "ReadWindow.h"
+#include "SessionView.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QRegularExpression>
 #include <QScreen>
 
 namespace {
 
 const QSize deviceScreen(1072, 1448);
-
-// "WxH" with both sides positive.
-bool parseSize(const QString& text, QSize* size)
-{
-    static const QRegularExpression pattern(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
-    const QRegularExpressionMatch match = pattern.match(text);
-    if (!match.hasMatch())
-        return false;
-    *size = QSize(match.captured(1).toInt(), match.captured(2).toInt());
-    return !size->isEmpty();
-}
 
 // The device's screen, shrunk to fit the display when that is smaller.
 QSize defaultScreen()
@@ -66,8 +55,9 @@ QString ReadCommand::description() const
 {
     return QStringLiteral(
         "Opens the book at its saved reading position in a window that holds the reading "
-        "view the way the device's main window does: the header text above it, the page "
-        "number below, the window title showing both. It needs a display (DISPLAY or "
+        "view the way the device's main window does. The window's title shows the book's "
+        "title and the page number; a header or a status line is drawn only when the view "
+        "asks for one, and this view asks for neither. It needs a display (DISPLAY or "
         "WAYLAND_DISPLAY); xvfb-run provides one without a screen.\n"
         "\n"
         "The mouse works as a finger does on the device:\n"
@@ -87,7 +77,8 @@ QString ReadCommand::description() const
         "\n"
         "Closing the window saves the reading position too, and so does reading past the "
         "last page, which marks the book finished and closes the window. If a page cannot "
-        "be decoded the view closes and the exit status is 1.");
+        "be decoded the view closes, the exit status is 1 and the reading position stays "
+        "as it was; a book that showed no page keeps its reading status too.");
 }
 
 QList<QCommandLineOption> ReadCommand::options() const
@@ -122,8 +113,9 @@ int ReadCommand::run(Application& app, const QCommandLineParser& parser) const
         return Application::usageError(QStringLiteral("read needs one BOOK"), this);
     QSize screen = defaultScreen();
     if (parser.isSet(QStringLiteral("size"))
-        && !parseSize(parser.value(QStringLiteral("size")), &screen))
-        return Application::usageError(QStringLiteral("--size takes WxH, such as 1072x1448"), this);
+        && !SessionView::parseSize(parser.value(QStringLiteral("size")), &screen))
+        return Application::usageError(
+            QStringLiteral("--size takes %1").arg(SessionView::sizeHint()), this);
     // A window on these platforms would never show, and reading would never end.
     const QString platform = QGuiApplication::platformName();
     if (platform == QLatin1String("offscreen") || platform == QLatin1String("minimal")) {

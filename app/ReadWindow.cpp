@@ -1,6 +1,7 @@
 #include "ReadWindow.h"
 
 #include "Application.h"
+#include "FileProblem.h"
 #include "ImageReaderDelegate.h"
 #include "MainWindowController.h"
 #include "PluginInterface.h"
@@ -14,6 +15,7 @@
 #include <QLabel>
 #include <QMetaObject>
 #include <QShortcut>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -76,6 +78,7 @@ QWidget* ReadWindow::createView(PluginInterface* plugin, const QSize& screen)
         return nullptr;
     view->setGeometry(QRect(QPoint(), screen));
     view->setAttribute(Qt::WA_AcceptTouchEvents);
+    view->installEventFilter(this);
 
     // The view's meta-object lives in the plug-in: connected by signature.
     connect(view, SIGNAL(setHeaderText(QString)), this, SLOT(setHeader(QString)));
@@ -112,6 +115,7 @@ void ReadWindow::honourViewProperties()
 bool ReadWindow::open(const Volume& book)
 {
     m_bookId = book.getId();
+    m_hadState = Library::readingState(m_bookId, &m_stateBefore);
     if (!m_view) {
         Application::warn(QStringLiteral("the plug-in gave no reading view"));
         return false;
@@ -142,9 +146,26 @@ void ReadWindow::closeEvent(QCloseEvent* event)
     QCoreApplication::quit();
 }
 
+// A paint that cannot decode its page has the container deleted later; a
+// page counts as shown once the container outlives the deletions pending
+// after a paint.
+bool ReadWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_view && event->type() == QEvent::Paint && !m_shownPage)
+        QTimer::singleShot(0, this, &ReadWindow::paintSettled);
+    return QWidget::eventFilter(watched, event);
+}
+
+void ReadWindow::paintSettled()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    if (m_container && !m_closedByView)
+        m_shownPage = true;
+}
+
 void ReadWindow::save()
 {
-    if (m_saved || !m_view || !m_loaded)
+    if (m_saved || m_closedByView || !m_view || !m_loaded)
         return;
     m_saved = true;
     Volume* unchanged = nullptr;
@@ -160,6 +181,7 @@ void ReadWindow::setHeader(const QString& text)
 
 void ReadWindow::setFooter(const QString& title, int page, int numPages)
 {
+    m_page = page;
     m_footerText = QStringLiteral("page %1 of %2").arg(page).arg(numPages);
     if (!title.isEmpty())
         m_footerText = title + QStringLiteral(", ") + m_footerText;
@@ -208,10 +230,19 @@ void ReadWindow::endOfBook()
     close();
 }
 
+// Called while the container is being deleted: the view, its child, still
+// lives, and saving now would store the page it could not show.
 void ReadWindow::containerDestroyed()
 {
+    m_closedByView = true;
     m_exitStatus = Application::Failed;
-    Application::warn(
-        QStringLiteral("%1: a page could not be shown; the reading view closed").arg(m_bookId));
+    if (!m_shownPage && m_hadState)
+        Library::setReadingState(m_bookId, m_stateBefore);
+    QString cause = FileProblem::of(m_bookId);
+    if (cause.isEmpty())
+        cause = QStringLiteral("its picture cannot be decoded");
+    Application::warn(QStringLiteral("%1: page %2 could not be shown (%3); the reading view "
+                                     "closed, the reading position stays as it was")
+                          .arg(m_bookId, QString::number(m_page), cause));
     close();
 }

@@ -1,6 +1,7 @@
 #ifndef READWINDOW_H
 #define READWINDOW_H
 
+#include "Library.h"
 #include "PluginState.h"
 
 #include <QPointer>
@@ -16,7 +17,9 @@ class Volume;
 // the plug-in is given a child widget of the reading container and the view
 // takes the container as its parent. The header and the footer go to the
 // window's title; closing the window, by Escape, by the menu or at the end of
-// the book, saves the reading position.
+// the book, saves the reading position. When the view closes its container
+// (a page it cannot show), nothing is saved, and a book that showed no page
+// gets back the reading state it had before.
 class ReadWindow : public QWidget
 {
     Q_OBJECT
@@ -36,6 +39,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:
     void setHeader(const QString& text);
@@ -44,6 +48,7 @@ private slots:
     void endOfBook();
     void containerDestroyed();
     void updateIndicators();
+    void paintSettled();
 
 private:
     QWidget* createView(PluginInterface* plugin, const QSize& screen);
@@ -60,6 +65,11 @@ private:
     QString m_headerText;
     QString m_footerText;
     QString m_bookId;
+    Library::ReadingState m_stateBefore;
+    bool m_hadState = false;
+    int m_page = 0;
+    bool m_shownPage = false;
+    bool m_closedByView = false;
     bool m_loaded = false;
     bool m_saved = false;
     int m_exitStatus = 0;

@@ -2,6 +2,7 @@
 
 #include "Application.h"
 #include "BookArgument.h"
+#include "FileProblem.h"
 #include "GestureRegistration.h"
 #include "ImageReaderDelegate.h"
 #include "Library.h"
@@ -17,6 +18,11 @@
 #include <cmath>
 
 namespace {
+
+// The reading view's zoom controller takes factors in this range and bounds
+// any other to it.
+const double minimumZoom = 1.0;
+const double maximumZoom = 3.0;
 
 // A page that cannot be decoded makes the view delete its container.
 bool paintSurvives(SessionView& view)
@@ -63,11 +69,13 @@ QList<QCommandLineOption> RenderCommand::options() const
         QCommandLineOption(QStringLiteral("page"),
             QStringLiteral("The page, counted from 1 (default: 1)."), QStringLiteral("N")),
         QCommandLineOption(QStringLiteral("size"),
-            QStringLiteral("The emulated screen in pixels (default: 1072x1448, the device's)."),
+            QStringLiteral("The emulated screen in pixels, each side from 1 to %1 (default: "
+                           "1072x1448, the device's).")
+                .arg(SessionView::maximumSide),
             QStringLiteral("WxH")),
         QCommandLineOption(QStringLiteral("zoom"),
-            QStringLiteral("The zoom factor: 1 fits the page to the screen, 2 shows its "
-                           "top left part at twice that size (default: 1)."),
+            QStringLiteral("The zoom factor, from 1 to 3: 1 fits the page to the screen, 2 "
+                           "shows its top left part at twice that size (default: 1)."),
             QStringLiteral("Z")),
         QCommandLineOption(QStringLiteral("orientation"),
             QStringLiteral("0 or 2 upright, 1 or 3 turned to landscape (default: as the page "
@@ -113,11 +121,15 @@ int RenderCommand::run(Application& app, const QCommandLineParser& parser) const
     QSize screen = SessionView::defaultScreen();
     if (parser.isSet(QStringLiteral("size"))
         && !SessionView::parseSize(parser.value(QStringLiteral("size")), &screen))
-        return Application::usageError(QStringLiteral("--size needs WxH, such as 1072x1448"), this);
+        return Application::usageError(
+            QStringLiteral("--size needs %1").arg(SessionView::sizeHint()), this);
     const bool zoomSet = parser.isSet(QStringLiteral("zoom"));
     const double zoom = zoomSet ? parser.value(QStringLiteral("zoom")).toDouble(&ok) : 1.0;
-    if (!ok || !std::isfinite(zoom) || zoom <= 0)
-        return Application::usageError(QStringLiteral("--zoom needs a positive number"), this);
+    if (!ok || !std::isfinite(zoom) || zoom < minimumZoom || zoom > maximumZoom)
+        return Application::usageError(QStringLiteral("--zoom needs a number from %1 to %2")
+                                           .arg(minimumZoom, 0, 'f', 1)
+                                           .arg(maximumZoom, 0, 'f', 1),
+            this);
     const bool orientationSet = parser.isSet(QStringLiteral("orientation"));
     const int orientation
         = orientationSet ? parser.value(QStringLiteral("orientation")).toInt(&ok) : 0;
@@ -154,7 +166,12 @@ int RenderCommand::run(Application& app, const QCommandLineParser& parser) const
     if (zoomSet && reader && reader->zoomController())
         reader->zoomController()->setZoomFactor(zoom);
     if (!paintSurvives(view)) {
-        Application::warn(QStringLiteral("%1: page %2 cannot be painted").arg(id).arg(page));
+        QString cause = FileProblem::of(id);
+        if (cause.isEmpty())
+            cause = QStringLiteral("its picture cannot be decoded");
+        Application::warn(
+            QStringLiteral("%1: page %2 cannot be painted (%3)")
+                .arg(id, QString::number(page), cause));
         return Application::Failed;
     }
 

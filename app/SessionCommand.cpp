@@ -121,7 +121,8 @@ int SessionCommand::run(Application& app, const QCommandLineParser& parser) cons
     const QString size = parser.value(QStringLiteral("size"));
     if (!size.isEmpty() && !SessionView::parseSize(size, &screen))
         return Application::usageError(
-            QStringLiteral("bad size \"%1\": expected WxH, such as 1072x1448").arg(size), this);
+            QStringLiteral("bad size \"%1\": expected %2").arg(size, SessionView::sizeHint()),
+            this);
 
     const bool fromFile = !arguments.isEmpty() && arguments.first() != QLatin1String("-");
     QString script;
@@ -131,7 +132,9 @@ int SessionCommand::run(Application& app, const QCommandLineParser& parser) cons
             Application::warn(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
             return Application::Failed;
         }
-        script = QString::fromUtf8(file.readAll());
+        // With its length: a NUL byte must not end the script.
+        const QByteArray bytes = file.readAll();
+        script = QString::fromUtf8(bytes.constData(), bytes.size());
     }
     if (!app.openLibrary())
         return Application::UsageError;

@@ -20,6 +20,11 @@ ScriptLine SessionScript::parseLine(const QString& line, int number)
 {
     ScriptLine result;
     result.number = number;
+    // A NUL would cut the command short wherever it is passed on as a C string.
+    if (line.contains(QChar(0))) {
+        result.error = QStringLiteral("the line holds a NUL byte");
+        return result;
+    }
 
     QString word;
     bool inWord = false;

@@ -69,10 +69,17 @@ bool SessionView::parseSize(const QString& text, QSize* size)
     bool widthOk = false;
     bool heightOk = false;
     const QSize parsed(sides.at(0).toInt(&widthOk), sides.at(1).toInt(&heightOk));
-    if (!widthOk || !heightOk || parsed.width() < 1 || parsed.height() < 1)
+    if (!widthOk || !heightOk || parsed.width() < 1 || parsed.height() < 1
+        || parsed.width() > maximumSide || parsed.height() > maximumSide)
         return false;
     *size = parsed;
     return true;
+}
+
+QString SessionView::sizeHint()
+{
+    return QStringLiteral("WxH with each side from 1 to %1 pixels, such as 1072x1448")
+        .arg(maximumSide);
 }
 
 bool SessionView::writeImage(const QImage& image, const QString& fileName, QString* error)

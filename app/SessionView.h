@@ -29,8 +29,13 @@ public:
     ~SessionView() override;
 
     static QSize defaultScreen();
-    // "WxH" with both sides positive.
+    // The largest side of an emulated screen: a page scaled to more would take
+    // gigabytes and minutes to paint.
+    static const int maximumSide = 16384;
+    // "WxH" with both sides from 1 to maximumSide.
     static bool parseSize(const QString& text, QSize* size);
+    // What --size takes, for a usage error.
+    static QString sizeHint();
     // In the format that the file's suffix names, PNG when it names none.
     static bool writeImage(const QImage& image, const QString& fileName, QString* error);
     // Runs the event loop for that long; 0 handles the pending events only.

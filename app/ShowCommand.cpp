@@ -56,7 +56,7 @@ int ShowCommand::run(Application& app, const QCommandLineParser& parser) const
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 1)
         return Application::usageError(QStringLiteral("show needs one BOOK"), this);
-    if (!app.openLibrary())
+    if (!app.openLibrary(Application::MustExist))
         return Application::UsageError;
     const QString id = BookArgument::find(arguments.first());
     if (id.isEmpty())

@@ -5,13 +5,18 @@
 #include <QFile>
 #include <QStringList>
 
+#include <csignal>
 #include <unistd.h>
 
 int main(int argc, char** argv)
 {
+    // A reader that goes away (tamber import | head -1) must not kill an
+    // import half-way: writes then fail with EPIPE, which the program reports.
+    std::signal(SIGPIPE, SIG_IGN);
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
+    Application::keepRawArguments(argc, argv);
     // libzip turns every entry's time into a date with mktime, and glibc reads
     // the zone file again on each call while TZ is unset: name the zone once.
     if (qEnvironmentVariableIsEmpty("TZ"))

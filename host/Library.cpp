@@ -150,6 +150,18 @@ bool write(const QString& sql, const QVariantList& values)
     return true;
 }
 
+// SQLite's own text for a damaged file ("database disk image is malformed
+// Unable to execute statement") tells a person nothing of what to do.
+QString forPeople(const QString& path, const QString& message)
+{
+    if (message.contains(QLatin1String("malformed"))
+        || message.contains(QLatin1String("not a database")))
+        return QStringLiteral("%1 is damaged and cannot be read as a library; put back a copy, "
+                              "or move it away and import the comics again")
+            .arg(path);
+    return QStringLiteral("%1: %2").arg(path, message);
+}
+
 void removeFiles(const QString& path)
 {
     for (const char* suffix : { "", "-wal", "-shm", "-journal" })
@@ -198,7 +210,7 @@ bool Library::open(const QString& path, QString* error)
     // A file that this call created is taken away again.
     if (isNew)
         removeFiles(path);
-    return fail(error, QStringLiteral("%1: %2").arg(path, message));
+    return fail(error, forPeople(path, message));
 }
 
 void Library::close()
@@ -285,17 +297,26 @@ bool Library::storeBook(const Volume& volume, const QVector<Pagelet>& pages, QSt
     return fail(error, message);
 }
 
-QList<Volume> Library::books()
+QList<Volume> Library::books(QString* error)
 {
     QList<Volume> result;
-    if (!isOpen())
+    if (!isOpen()) {
+        fail(error, QStringLiteral("no library is open"));
         return result;
+    }
     QSqlQuery query(database());
     if (!query.exec(QStringLiteral("SELECT %1 FROM volumes ORDER BY title COLLATE NOCASE, id")
-                        .arg(QLatin1String(volumeColumns))))
+                        .arg(QLatin1String(volumeColumns)))) {
+        fail(error, forPeople(openPath, query.lastError().text()));
         return result;
+    }
     while (query.next())
         result << volumeFromQuery(query);
+    // A damaged page shows only when the walk reaches it.
+    if (query.lastError().isValid()) {
+        fail(error, forPeople(openPath, query.lastError().text()));
+        result.clear();
+    }
     return result;
 }
 
@@ -354,6 +375,33 @@ bool Library::updateReadingStatus(const QString& volumeId, int status)
 {
     return write(QStringLiteral("UPDATE volumes SET read_status = ? WHERE id = ?"),
         { status, text(volumeId) });
+}
+
+bool Library::readingState(const QString& volumeId, ReadingState* state)
+{
+    if (!isOpen())
+        return false;
+    QSqlQuery query = statement(QStringLiteral(
+        "SELECT bookmarked_page_id, percent_read, bookmark_date, read_status FROM volumes"
+        " WHERE id = ?"));
+    query.addBindValue(text(volumeId));
+    const bool found = query.exec() && query.next();
+    if (found) {
+        state->pageId = query.value(0).toString();
+        state->percent = query.value(1).toInt();
+        state->date = dateFromValue(query.value(2));
+        state->status = query.value(3).toInt();
+    }
+    query.finish();
+    return found;
+}
+
+bool Library::setReadingState(const QString& volumeId, const ReadingState& state)
+{
+    return write(QStringLiteral("UPDATE volumes SET bookmarked_page_id = ?, percent_read = ?,"
+                                " bookmark_date = ?, read_status = ? WHERE id = ?"),
+        { text(state.pageId), state.percent, dateValue(state.date), state.status,
+            text(volumeId) });
 }
 
 QList<Bookmark> Library::dogEars(const QString& volumeId)

@@ -31,8 +31,9 @@ public:
     static bool storeBook(
         const Volume& volume, const QVector<Pagelet>& pages, QString* error = nullptr);
 
-    // Every book, ordered by title.
-    static QList<Volume> books();
+    // Every book, ordered by title. When the file cannot be read (damaged),
+    // none, with a message for people in error.
+    static QList<Volume> books(QString* error = nullptr);
     // The stored book; an empty record (empty id) when unknown.
     static Volume book(const QString& id);
     // The book's pages in reading order.
@@ -41,6 +42,19 @@ public:
     static bool updateBookmark(
         const QString& volumeId, const QString& pageId, int percent, const QDateTime& date);
     static bool updateReadingStatus(const QString& volumeId, int status);
+
+    // What a reading writes to a book's record, as one value, so that a host
+    // can put it back when a reading must leave no trace.
+    struct ReadingState
+    {
+        QString pageId;
+        int percent = 0;
+        QDateTime date;
+        int status = 0;
+    };
+    // False when the book is not stored.
+    static bool readingState(const QString& volumeId, ReadingState* state);
+    static bool setReadingState(const QString& volumeId, const ReadingState& state);
 
     // The book's dog ears in the order they were added.
     static QList<Bookmark> dogEars(const QString& volumeId);

@@ -24,12 +24,6 @@ namespace {
 const int pageCount = 12;
 const int rounds = 20;
 
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // What the library holds for the book, read as a host reopening it would.
 struct Stored
 {
@@ -110,13 +104,8 @@ private:
 
 void TestDurability::startTamber(QProcess& process, const QStringList& arguments)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("TAMBER_LIBRARY"), m_library);
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
-    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_dir->path());
-    environment.remove(QStringLiteral("TAMBER_PLUGIN"));
-    process.setProcessEnvironment(environment);
+    // Its library is m_library.
+    process.setProcessEnvironment(TestSupport::Tamber(m_dir->path()).environment);
     process.start(TestSupport::binDir() + QStringLiteral("/tamber"), arguments);
 }
 
@@ -262,7 +251,7 @@ void TestDurability::fullDiskLeavesTheLibraryAsItWas()
     for (QString& argument : arguments)
         argument.replace(QLatin1String("$DIR"), m_dir->path());
     const QByteArray dir = m_dir->path().toUtf8();
-    const QByteArray before = contents(m_library);
+    const QByteArray before = TestSupport::readFile(m_library);
     QVERIFY(!before.isEmpty());
     QVERIFY(!QFile::exists(m_library + QStringLiteral("-wal")));
 
@@ -278,7 +267,7 @@ void TestDurability::fullDiskLeavesTheLibraryAsItWas()
         QVERIFY2(QString::fromUtf8(err).contains(QString(message).replace("$DIR", m_dir->path())),
             err.constData());
 
-    QCOMPARE(contents(m_library), before);
+    QCOMPARE(TestSupport::readFile(m_library), before);
     const Stored after = readLibrary(m_library, m_book);
     QCOMPARE(after.integrity, QStringLiteral("ok"));
     QCOMPARE(after.position, QString());

@@ -39,22 +39,12 @@ const qint64 peakLimitMb = (ComicArchive::memoryLimit >> 20) + 256;
 const qint64 dataGuardMb = guardMb;
 #endif
 
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-        && file.write(bytes) == bytes.size();
-}
+using TestSupport::readFile;
+using TestSupport::writeFile;
 
 QByteArray zipBytes(const QList<TestSupport::ZipEntry>& entries, const QString& scratch)
 {
-    return TestSupport::writeZip(scratch, entries) ? contents(scratch) : QByteArray();
+    return TestSupport::writeZip(scratch, entries) ? readFile(scratch) : QByteArray();
 }
 
 // The entry's uncompressed size as the central directory claims it.
@@ -319,13 +309,8 @@ void TestHostile::hostileFile()
             path("app/unrar"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     }
 
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_QPA_PLATFORM", "offscreen");
-    environment.insert("TAMBER_LIBRARY", path("library.sqlite"));
+    QProcessEnvironment environment = TestSupport::Tamber(dir).environment;
     environment.insert("TAMBER_PLUGIN", TestSupport::binDir() + "/libcomicsreader.so");
-    environment.insert("XDG_CONFIG_HOME", path("config"));
-    environment.insert("XDG_RUNTIME_DIR", dir);
-    environment.remove("QT_LOGGING_RULES");
 #ifdef TAMBER_ASAN
     environment.insert("ASAN_OPTIONS",
         environment.value("ASAN_OPTIONS")
@@ -344,8 +329,8 @@ void TestHostile::hostileFile()
     QVERIFY(process.waitForFinished(seconds * 1000 + 30000));
     const QByteArray out = process.readAllStandardOutput();
     const QByteArray err = process.readAllStandardError();
-    const QList<QByteArray> ended = contents(report).trimmed().split(' ');
-    QVERIFY2(ended.size() == 4, contents(report).constData());
+    const QList<QByteArray> ended = readFile(report).trimmed().split(' ');
+    QVERIFY2(ended.size() == 4, readFile(report).constData());
     QVERIFY2(ended.at(0) != "killed",
         qPrintable(QStringLiteral("still running after %1 s").arg(seconds)));
     QVERIFY2(ended.at(0) == "exited", err.constData());

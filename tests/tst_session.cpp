@@ -211,29 +211,40 @@ void TestSession::renderFailuresExitWithStatus1_data()
 {
     QTest::addColumn<QString>("book");
     QTest::addColumn<QString>("page");
+    QTest::addColumn<QString>("cause");
 
     QTest::newRow("a book that is not in the library")
-        << QStringLiteral("nowhere.cbz") << QStringLiteral("1");
-    QTest::newRow("a page past the end") << QStringLiteral("comic.cbz") << QStringLiteral("3");
-    QTest::newRow("a page that cannot be decoded")
-        << QStringLiteral("comic.cbz") << QStringLiteral("2");
+        << QStringLiteral("nowhere.cbz") << QStringLiteral("1") << QStringLiteral("no such book");
+    QTest::newRow("a page past the end")
+        << QStringLiteral("comic.cbz") << QStringLiteral("3") << QStringLiteral("no page 3");
+    QTest::newRow("a page that cannot be decoded") << QStringLiteral("comic.cbz")
+                                                   << QStringLiteral("2")
+                                                   << QStringLiteral("cannot be decoded");
+    QTest::newRow("a book whose file is gone")
+        << QStringLiteral("gone.cbz") << QStringLiteral("1") << QStringLiteral("the file is gone");
 }
 
 void TestSession::renderFailuresExitWithStatus1()
 {
     QFETCH(QString, book);
     QFETCH(QString, page);
+    QFETCH(QString, cause);
     QVERIFY(TestSupport::writeZip(path(QStringLiteral("comic.cbz")),
         { { "p1.png", TestSupport::encode(TestSupport::makePage(60, 80), "PNG") },
             { "p2.png", TestSupport::pngHeaderOnly(QSize(60, 80)) } }));
-    QCOMPARE(
-        m_tamber->run({ QStringLiteral("import"), path(QStringLiteral("comic.cbz")) }).status, 0);
+    QVERIFY(QFile::copy(path(QStringLiteral("comic.cbz")), path(QStringLiteral("gone.cbz"))));
+    QCOMPARE(m_tamber
+                 ->run({ QStringLiteral("import"), path(QStringLiteral("comic.cbz")),
+                     path(QStringLiteral("gone.cbz")) })
+                 .status,
+        0);
+    QVERIFY(QFile::remove(path(QStringLiteral("gone.cbz"))));
 
     const QString output = path(QStringLiteral("page.png"));
     const Tamber::Run run = m_tamber->run({ QStringLiteral("render"), path(book),
         QStringLiteral("--page"), page, QStringLiteral("-o"), output });
     QCOMPARE(run.status, 1);
-    QVERIFY(!run.err.isEmpty());
+    QVERIFY2(run.err.contains(cause.toUtf8()), run.err.constData());
     QVERIFY(!QFile::exists(output));
 }
 
