@@ -90,7 +90,10 @@ QWidget* ReadWindow::createView(PluginInterface* plugin, const QSize& screen)
         &ReadWindow::endOfBook);
     connect(m_container, &QObject::destroyed, this, &ReadWindow::containerDestroyed);
     if (ImageReaderDelegate* reader = imageReader(view)) {
+        // A pinch tells its zoom with the offset, any other change without.
         connect(reader->zoomController(), &ZoomController::zoomFactorUpdated, this,
+            &ReadWindow::updateIndicators);
+        connect(reader->zoomController(), &ZoomController::zoomFactorUpdatedWithOffset, this,
             &ReadWindow::updateIndicators);
     }
     return view;

@@ -46,22 +46,21 @@ QSize ComicArchive::imageSize(QImageReader& reader)
     device->seek(position);
     if (header.size() < 10)
         return size;
-    const QSize screen(qFromLittleEndian<quint16>(header.constData() + 6),
-        qFromLittleEndian<quint16>(header.constData() + 8));
+    const uchar* bytes = reinterpret_cast<const uchar*>(header.constData());
+    const QSize screen(qFromLittleEndian<quint16>(bytes + 6), qFromLittleEndian<quint16>(bytes + 8));
     return size.isValid() ? size.expandedTo(screen) : screen;
 }
 
 bool ComicArchive::fitsMemoryLimit(QImageReader& reader)
 {
-    // Qt 5 has no allocation limit of its own: it decodes a header that claims
+    // Qt has no allocation limit of its own: it decodes a header that claims
     // 65,500 × 65,500 pixels into 16 GiB.
     const QSize size = workingSize(reader, imageSize(reader));
     if (!size.isValid())
         return true;
     // 32 bits a pixel where the reader cannot tell its format.
     const QImage::Format format = reader.imageFormat();
-    const qint64 bits
-        = format == QImage::Format_Invalid ? 32 : QImage::toPixelFormat(format).bitsPerPixel();
+    const qint64 bits = format == QImage::Format_Invalid ? 32 : QImage(1, 1, format).depth();
     return (size.width() * bits + 7) / 8 * size.height() <= memoryLimit;
 }
 

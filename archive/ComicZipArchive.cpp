@@ -1,8 +1,29 @@
 #include "ComicZipArchive.h"
 
+#include "QtCompat.h"
+#include "ZipFileSource.h"
+
 #include <QDebug>
 
 #include <zip.h>
+
+namespace {
+
+// The entry whose name is exactly these bytes. zip_name_locate compares with
+// the names as libzip converts them (a name it takes to be in a code page
+// becomes UTF-8), whatever its flags, so the raw names are searched here.
+zip_int64_t locate(zip_t* archive, const QByteArray& name)
+{
+    const zip_int64_t count = zip_get_num_entries(archive, 0);
+    for (zip_int64_t index = 0; index < count; ++index) {
+        const char* raw = zip_get_name(archive, zip_uint64_t(index), ZIP_FL_ENC_RAW);
+        if (raw && name == raw)
+            return index;
+    }
+    return -1;
+}
+
+} // namespace
 
 ComicZipArchive::ComicZipArchive(const QString& path)
     : ComicArchive(path)
@@ -12,7 +33,7 @@ ComicZipArchive::ComicZipArchive(const QString& path)
     cleanPath.remove(QStringLiteral("file://"));
 
     int error = 0;
-    archive = zip_open(cleanPath.toUtf8().constData(), 0, &error);
+    archive = ZipFileSource::open(cleanPath.toUtf8(), &error);
     if (error != 0)
         qDebug() << "ZIP OPEN ERROR: " << error;
 }
@@ -30,8 +51,8 @@ QStringList ComicZipArchive::files()
     for (zip_int64_t index = 0; index < count; ++index) {
         zip_stat_t stat;
         zip_stat_init(&stat);
-        zip_stat_index(archive, zip_uint64_t(index), 0, &stat);
-        names << QString::fromLatin1(stat.name);
+        zip_stat_index(archive, zip_uint64_t(index), ZIP_FL_ENC_RAW, &stat);
+        names << QtCompat::fromEightBit(stat.name);
     }
     return names;
 }
@@ -39,7 +60,7 @@ QStringList ComicZipArchive::files()
 QByteArray ComicZipArchive::raw(const QString& name)
 {
     const QByteArray entryName = name.toLatin1();
-    const zip_int64_t index = archive ? zip_name_locate(archive, entryName.constData(), 0) : -1;
+    const zip_int64_t index = archive ? locate(archive, entryName) : -1;
 
     zip_stat_t stat;
     zip_stat_init(&stat);

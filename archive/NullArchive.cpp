@@ -1,5 +1,7 @@
 #include "NullArchive.h"
 
+#include "QtCompat.h"
+
 #include <QDebug>
 #include <QImageReader>
 
@@ -33,7 +35,9 @@ QStringList NullArchive::files()
 QImage NullArchive::data(const QString& name)
 {
     QImageReader reader(name, QByteArray());
-    const QSize size = imageSize(reader);
+    // The size the reader reports, as the device asks it; a GIF's larger
+    // canvas is bounded by the memory limit below.
+    const QSize size = reader.size();
     int width = size.width();
     int height = size.height();
 

@@ -1,7 +1,9 @@
 #include "RarArchive.h"
 
+#include "QtCompat.h"
+
 #include <QCoreApplication>
-#include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QProcess>
 
 namespace {
@@ -26,12 +28,10 @@ QStringList RarArchive::files()
     if (!output)
         return QStringList();
 
-    // The local 8-bit codec is what QProcess encodes arguments with, so a
-    // listed name reaches the extractor again as the bytes it printed.
     const int end = output->indexOf('\0');
     const QString text
-        = QString::fromLocal8Bit(output->constData(), end < 0 ? output->size() : end);
-    return text.split(QStringLiteral("\n"), Qt::KeepEmptyParts, Qt::CaseSensitive);
+        = QtCompat::fromListing(output->constData(), end < 0 ? output->size() : end);
+    return text.split(QStringLiteral("\n"), QtCompat::KeepEmptyParts, Qt::CaseSensitive);
 }
 
 QImage RarArchive::data(const QString& name)
@@ -46,21 +46,22 @@ std::optional<QByteArray> RarArchive::extract(const QStringList& arguments, qint
 {
     QProcess process;
     // Its messages and exit status do not matter; only standard output does.
-    process.setStandardErrorFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QStringLiteral("/dev/null"));
     process.start(QStringLiteral("%1/unrar").arg(QCoreApplication::applicationDirPath()), arguments,
         QIODevice::ReadWrite);
 
     // Output is collected while waiting, and bounded, so that an extractor
     // that never stops writing cannot exhaust memory.
-    const QDeadlineTimer deadline(timeoutMs);
+    QElapsedTimer clock;
+    clock.start();
     QByteArray output;
     while (process.state() != QProcess::NotRunning) {
-        if (deadline.hasExpired() || output.size() > limit) {
+        if (clock.hasExpired(timeoutMs) || output.size() > limit) {
             process.kill();
             process.waitForFinished();
             return std::nullopt;
         }
-        process.waitForReadyRead(int(deadline.remainingTime()));
+        process.waitForReadyRead(int(qMax<qint64>(0, timeoutMs - clock.elapsed())));
         output += process.readAllStandardOutput();
     }
     if (process.error() == QProcess::FailedToStart || process.exitStatus() == QProcess::CrashExit)

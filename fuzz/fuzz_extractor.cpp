@@ -1,4 +1,4 @@
-// The RAR extractor's listing and extraction over arbitrary bytes, in-process:
+// The extractor's listing and extraction over arbitrary bytes, in-process:
 // every listed entry is printed in turn, its output capped as the plug-in
 // caps what it reads.
 
@@ -46,8 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     char* listing = nullptr;
     std::size_t listingSize = 0;
     std::FILE* out = open_memstream(&listing, &listingSize);
-    if (struct archive* archive = Extractor::openMemory(data, size, quiet))
-        Extractor::list(archive, "fuzz", out, quiet);
+    if (struct archive* archive = extractor_open_memory(data, size, quiet))
+        extractor_list(archive, "fuzz", out, quiet);
     std::fclose(out);
 
     std::vector<std::string> names;
@@ -58,8 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t i = 0; i < names.size() && i < 8; ++i) {
         std::size_t written = 0;
         std::FILE* entry = cappedStream(&written);
-        if (struct archive* archive = Extractor::openMemory(data, size, quiet))
-            Extractor::print(archive, "fuzz", names[i].c_str(), entry, quiet);
+        if (struct archive* archive = extractor_open_memory(data, size, quiet))
+            extractor_print(archive, "fuzz", names[i].c_str(), entry, quiet);
         std::fclose(entry);
     }
     return 0;

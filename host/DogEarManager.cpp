@@ -60,8 +60,7 @@ void DogEarManager::addDogEar(int key, const QString& contentId, const QString& 
 void DogEarManager::removeDogEar(int key)
 {
     HostTrace::Call call("DogEarManager::removeDogEar", { key });
-    if (m_volumeId.isEmpty()
-        || !isSignalConnected(QMetaMethod::fromSignal(&DogEarManager::getDogEarKey)))
+    if (m_volumeId.isEmpty() || receivers(SIGNAL(getDogEarKey(int&, Bookmark))) == 0)
         return;
     // Only the receivers know what a dog ear's key is (for a comic, its page).
     QList<qint64> matching;

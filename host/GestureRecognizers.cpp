@@ -12,6 +12,7 @@
 #include "SwipeGesture.h"
 #include "TapGesture.h"
 
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineF>
 #include <QMouseEvent>
@@ -39,6 +40,40 @@ struct Contact
     unsigned long time = 0;
 };
 
+// Qt 4's input events carry no time: there the recognizers read the clock
+// when the event arrives.
+unsigned long eventTime(const QInputEvent* event)
+{
+#if QT_VERSION >= 0x050000
+    return event->timestamp();
+#else
+    Q_UNUSED(event);
+    static QElapsedTimer clock;
+    if (!clock.isValid())
+        clock.start();
+    return static_cast<unsigned long>(clock.elapsed());
+#endif
+}
+
+// The wheel's turn in eighths of a degree, up positive, and where it turned.
+int wheelAngle(const QWheelEvent* wheel)
+{
+#if QT_VERSION >= 0x050000
+    return wheel->angleDelta().y();
+#else
+    return wheel->orientation() == Qt::Vertical ? wheel->delta() : 0;
+#endif
+}
+
+QPointF wheelPosition(const QWheelEvent* wheel)
+{
+#if QT_VERSION >= 0x050000
+    return wheel->globalPosition();
+#else
+    return QPointF(wheel->globalPos());
+#endif
+}
+
 Contact contact(Contact::Phase phase, const QPointF& position, unsigned long time)
 {
     Contact result;
@@ -50,7 +85,7 @@ Contact contact(Contact::Phase phase, const QPointF& position, unsigned long tim
 
 Contact contactOf(const QEvent* event)
 {
-    switch (event->type()) {
+    switch (static_cast<int>(event->type())) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseMove:
     case QEvent::MouseButtonRelease: {
@@ -58,13 +93,13 @@ Contact contactOf(const QEvent* event)
         if (event->type() == QEvent::MouseMove) {
             if (!(mouse->buttons() & Qt::LeftButton))
                 return Contact();
-            return contact(Contact::Move, mouse->screenPos(), mouse->timestamp());
+            return contact(Contact::Move, QPointF(mouse->globalPos()), eventTime(mouse));
         }
         if (mouse->button() != Qt::LeftButton)
             return Contact();
         return contact(
             event->type() == QEvent::MouseButtonPress ? Contact::Press : Contact::Release,
-            mouse->screenPos(), mouse->timestamp());
+            QPointF(mouse->globalPos()), eventTime(mouse));
     }
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
@@ -72,13 +107,13 @@ Contact contactOf(const QEvent* event)
         const auto* touch = static_cast<const QTouchEvent*>(event);
         // A second finger makes the gesture a pinch.
         if (touch->touchPoints().size() != 1)
-            return contact(Contact::Cancel, QPointF(), touch->timestamp());
+            return contact(Contact::Cancel, QPointF(), eventTime(touch));
         const Contact::Phase phase = event->type() == QEvent::TouchBegin ? Contact::Press
             : event->type() == QEvent::TouchEnd                          ? Contact::Release
                                                                          : Contact::Move;
-        return contact(phase, touch->touchPoints().first().screenPos(), touch->timestamp());
+        return contact(phase, touch->touchPoints().first().screenPos(), eventTime(touch));
     }
-    case QEvent::TouchCancel:
+    case QtCompat::TouchCancel:
         return contact(Contact::Cancel, QPointF(), 0);
     default:
         return Contact();
@@ -340,11 +375,11 @@ QGestureRecognizer::Result recognizeFingers(TrackedPinch* pinch, const QTouchEve
 
 QGestureRecognizer::Result recognizeWheel(TrackedPinch* pinch, const QWheelEvent* wheel)
 {
-    const double steps = double(wheel->angleDelta().y()) / WheelStepAngle;
+    const double steps = double(wheelAngle(wheel)) / WheelStepAngle;
     if (steps == 0)
         return QGestureRecognizer::Ignore;
     pinch->setScaleFactor(std::pow(WheelStepScale, steps));
-    pinch->setCenterPoint(wheel->globalPosition());
+    pinch->setCenterPoint(wheelPosition(wheel));
     pinch->track.source = PinchTrack::Wheel;
     // The wheel zooms here and scrolls nothing else.
     return QGestureRecognizer::TriggerGesture | QGestureRecognizer::ConsumeEventHint;
@@ -370,14 +405,14 @@ QGestureRecognizer::Result PinchGestureRecognizer::recognize(
         pinch->setScaleFactor(1.0);
         return FinishGesture;
     }
-    switch (event->type()) {
+    switch (static_cast<int>(event->type())) {
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
         if (track.source == PinchTrack::Wheel)
             return Ignore;
         return recognizeFingers(pinch, static_cast<const QTouchEvent*>(event));
-    case QEvent::TouchCancel:
+    case QtCompat::TouchCancel:
         return track.source == PinchTrack::Fingers ? CancelGesture : Ignore;
     case QEvent::Wheel: {
         const auto* wheel = static_cast<const QWheelEvent*>(event);

@@ -7,22 +7,85 @@
 #include "TapGesture.h"
 #include "TwoFingerScrollGesture.h"
 
+#if QT_VERSION >= 0x050000
 #include <QtWidgets/private/qgesture_p.h>
+#else
+#include <cstring>
+#endif
 
 namespace {
+
+#if QT_VERSION >= 0x050000
+
+QGesturePrivate* fieldsOf(QGesture* gesture)
+{
+    return static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture));
+}
+
+#else
+
+// Qt 4 installs no private headers. Its QGesturePrivate begins, after the
+// QObject part, with the gesture type and state, and then the hot spot. Their
+// place is found once, on a gesture of our own with a hot spot set through
+// the public interface; every write is checked through the public getters.
+struct GestureFields
+{
+    Qt::GestureType gestureType;
+    Qt::GestureState state;
+};
+
+class ProbeGesture : public QGesture
+{
+public:
+    static char* privateData(QGesture* gesture)
+    {
+        return reinterpret_cast<char*>(static_cast<ProbeGesture*>(gesture)->d_ptr.data());
+    }
+};
+
+std::size_t fieldsOffset()
+{
+    QGesture probe;
+    const QPointF mark(1234.5, -4321.25);
+    probe.setHotSpot(mark);
+    const char* data = ProbeGesture::privateData(&probe);
+    const GestureFields fresh = { Qt::CustomGesture, Qt::NoGesture };
+    for (std::size_t at = sizeof(QObjectData); at < 1024; at += sizeof(int)) {
+        if (std::memcmp(data + at, &mark, sizeof mark) != 0)
+            continue;
+        // The hot spot may be padded to its alignment after the two fields.
+        for (std::size_t gap = sizeof(GestureFields); gap <= sizeof(GestureFields) + sizeof(int);
+             gap += sizeof(int)) {
+            if (std::memcmp(data + at - gap, &fresh, sizeof fresh) == 0)
+                return at - gap;
+        }
+    }
+    qFatal("QGesture's private layout is not the one Qt 4.8 has");
+    return 0;
+}
+
+GestureFields* fieldsOf(QGesture* gesture)
+{
+    static const std::size_t offset = fieldsOffset();
+    return reinterpret_cast<GestureFields*>(ProbeGesture::privateData(gesture) + offset);
+}
+
+#endif
 
 // QGesture keeps its state for the gesture manager; gestures that the host
 // makes by hand (scripted sessions, tests) set it here.
 void setState(QGesture* gesture, Qt::GestureState state)
 {
-    static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->state = state;
+    fieldsOf(gesture)->state = state;
+    Q_ASSERT(gesture->state() == state);
 }
 
 // Qt delivers a gesture only to widgets that grabbed its type. The recognizers'
 // gestures get it from the gesture manager; those made by hand get it here.
 void setType(QGesture* gesture, Qt::GestureType type)
 {
-    static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture))->gestureType = type;
+    fieldsOf(gesture)->gestureType = type;
+    Q_ASSERT(gesture->gestureType() == type);
 }
 
 } // namespace

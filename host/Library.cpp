@@ -1,4 +1,5 @@
 #include "Library.h"
+#include "QtCompat.h"
 
 #include "LibraryFile.h"
 #include "LibrarySchema.h"
@@ -10,7 +11,6 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QStandardPaths>
 #include <QVariant>
 
 namespace {
@@ -53,15 +53,23 @@ bool fail(QString* error, const QString& message)
 }
 
 // Dates are stored as ISO 8601 text in UTC with milliseconds; NULL when invalid.
+// Written out rather than Qt::ISODateWithMs, which Qt 4 lacks; the text is the same.
+const char* const isoDateFormat = "yyyy-MM-ddTHH:mm:ss.zzzZ";
+
 QVariant dateValue(const QDateTime& date)
 {
-    return date.isValid() ? QVariant(date.toUTC().toString(Qt::ISODateWithMs)) : QVariant();
+    return date.isValid()
+        ? QVariant(date.toUTC().toString(QString::fromLatin1(isoDateFormat)))
+        : QVariant();
 }
 
 QDateTime dateFromValue(const QVariant& value)
 {
-    return value.isNull() ? QDateTime()
-                          : QDateTime::fromString(value.toString(), Qt::ISODateWithMs);
+    if (value.isNull())
+        return QDateTime();
+    QDateTime date = QDateTime::fromString(value.toString(), QString::fromLatin1(isoDateFormat));
+    date.setTimeSpec(Qt::UTC);
+    return date;
 }
 
 // QtSql binds a null QString as NULL; the record fields are never NULL.
@@ -152,8 +160,11 @@ void removeFiles(const QString& path)
 
 QString Library::defaultPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
-        + QStringLiteral("/tamber/library.sqlite");
+    // The user's data folder, as the XDG base directories name it.
+    QString data = QFile::decodeName(qgetenv("XDG_DATA_HOME"));
+    if (data.isEmpty())
+        data = QDir::homePath() + QStringLiteral("/.local/share");
+    return data + QStringLiteral("/tamber/library.sqlite");
 }
 
 bool Library::open(const QString& path, QString* error)

@@ -1,4 +1,5 @@
 #include "LibraryFile.h"
+#include "QtCompat.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -21,7 +22,7 @@ bool isWritable(const QFileInfo& info)
 // table: one page at most, and no journal with pending pages beside it.
 bool holdsNothing(const QByteArray& header, const QFileInfo& info)
 {
-    int pageSize = qFromBigEndian<quint16>(header.constData() + 16);
+    int pageSize = qFromBigEndian<quint16>(reinterpret_cast<const uchar*>(header.constData()) + 16);
     if (pageSize == 1)
         pageSize = 65536;
     if (pageSize < 512)
@@ -74,7 +75,7 @@ bool LibraryFile::check(const QString& path, QString* error)
         return fail(
             error, QStringLiteral("%1 is not a tamber library (not a SQLite file)").arg(path));
 
-    const quint32 id = qFromBigEndian<quint32>(header.constData() + 68);
+    const quint32 id = qFromBigEndian<quint32>(reinterpret_cast<const uchar*>(header.constData()) + 68);
     if (id == applicationId || (id == 0 && holdsNothing(header, info)))
         return true;
     return fail(error,

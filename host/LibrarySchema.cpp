@@ -1,4 +1,5 @@
 #include "LibrarySchema.h"
+#include "QtCompat.h"
 
 #include "LibraryFile.h"
 

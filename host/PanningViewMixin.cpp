@@ -68,7 +68,8 @@ void PanningViewMixin::processPinchGesture(PinchGesture* gesture)
         "PanningViewMixin::processPinchGesture", { QVariant::fromValue<QObject*>(gesture) });
     if (!gesture || !m_zoomController || gesture->state() == Qt::GestureCanceled)
         return;
-    m_zoomController->setZoomFactor(m_zoomController->currentZoomFactor() * gesture->scaleFactor());
+    m_zoomController->setZoomFactor(
+        m_zoomController->currentZoomFactor() * gesture->scaleFactor(), gesture->centerPoint());
 }
 
 void PanningViewMixin::processOffset(const QPoint&) { }

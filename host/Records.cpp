@@ -1,6 +1,7 @@
 // The host's record types: shared value classes with a detaching private part.
 
 #include "Attributes.h"
+#include "QtCompat.h"
 #include "Bookmark.h"
 #include "Content.h"
 #include "Pagelet.h"

@@ -2,6 +2,7 @@
 // the host program's "config" command and the parser see the same account.
 
 #include "Device.h"
+#include "QtCompat.h"
 #include "HostTrace.h"
 #include "PagewiseSettings.h"
 #include "Settings.h"

@@ -1,4 +1,5 @@
 #include "SocialEventType.h"
+#include "QtCompat.h"
 
 const SocialEventType EventType_ReadingViewZoom(QStringLiteral("ReadingViewZoom"));
 

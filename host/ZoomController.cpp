@@ -32,13 +32,26 @@ double ZoomController::maximumZoomFactor() const
 void ZoomController::setZoomFactor(double factor)
 {
     HostTrace::Call call("ZoomController::setZoomFactor", { factor });
+    const double old = m_factor;
+    if (change(factor))
+        emit zoomFactorUpdated(old, m_factor);
+}
+
+void ZoomController::setZoomFactor(double factor, const QPointF& offset)
+{
+    HostTrace::Call call("ZoomController::setZoomFactor", { factor, offset });
+    const double old = m_factor;
+    if (change(factor))
+        emit zoomFactorUpdatedWithOffset(old, m_factor, offset);
+}
+
+bool ZoomController::change(double factor)
+{
     const double bounded = qBound(m_minimum, factor, m_maximum);
     if (bounded == m_factor)
-        return;
-    const double old = m_factor;
+        return false;
     m_factor = bounded;
-    emit zoomFactorUpdated(old, m_factor);
-    emit zoomFactorUpdatedWithOffset(old, m_factor, QPointF());
+    return true;
 }
 
 void ZoomController::setAnalyticsEventInfo(const SocialEventType& type, const Volume& volume,

@@ -4,10 +4,11 @@
 #include "ComicArchiveFactory.h"
 #include "ComicsReaderParser.h"
 
-#include <QStringView>
+#include "QtCompat.h"
+
+#include <QStringRef>
 #include <QVector>
 
-#include <algorithm>
 #include <memory>
 #include <numeric>
 
@@ -16,12 +17,11 @@ namespace {
 // The file name's part before its first dot: what QFileInfo::fileName() and
 // split('.').first() give, without allocating, since the sort asks for two
 // stems on every comparison.
-QStringView pageStem(const QString& entry)
+QStringRef pageStem(const QString& entry)
 {
-    QStringView name(entry);
-    name = name.mid(name.lastIndexOf(QLatin1Char('/')) + 1);
-    const qsizetype dot = name.indexOf(QLatin1Char('.'));
-    return dot < 0 ? name : name.left(dot);
+    const int start = entry.lastIndexOf(QLatin1Char('/')) + 1;
+    const int dot = entry.indexOf(QLatin1Char('.'), start);
+    return dot < 0 ? entry.midRef(start) : entry.midRef(start, dot - start);
 }
 
 } // namespace
@@ -47,19 +47,21 @@ QStringList comicPageNames(const QString& path)
     // Each stem is taken once rather than twice per comparison. Sorting the
     // positions by their stems makes the same comparisons, and so the same
     // order, as sorting the names with pageNameLessThan.
-    QVector<QStringView> stems;
-    stems.reserve(pages.size());
-    for (const QString& page : qAsConst(pages))
+    const QStringList& names = pages;
+    QVector<QStringRef> stems;
+    stems.reserve(names.size());
+    for (const QString& page : names)
         stems << pageStem(page);
-    QVector<int> order(pages.size());
+    QVector<int> order(names.size());
     std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(),
-        [&stems](int a, int b) { return stems.at(a).compare(stems.at(b), Qt::CaseSensitive) < 0; });
+    QtCompat::sort(order.begin(), order.end(), [&stems](int a, int b) {
+        return QStringRef::compare(stems.at(a), stems.at(b), Qt::CaseSensitive) < 0;
+    });
 
     QStringList sorted;
-    sorted.reserve(pages.size());
-    for (int position : qAsConst(order))
-        sorted << pages.at(position);
+    sorted.reserve(names.size());
+    for (int position : order)
+        sorted << names.at(position);
     return sorted;
 }
 
@@ -67,5 +69,5 @@ bool pageNameLessThan(const QString& a, const QString& b)
 {
     // Deliberately plain: no natural or case-insensitive order, so "10" sorts
     // before "9" and "Z" before "a".
-    return pageStem(a).compare(pageStem(b), Qt::CaseSensitive) < 0;
+    return QStringRef::compare(pageStem(a), pageStem(b), Qt::CaseSensitive) < 0;
 }

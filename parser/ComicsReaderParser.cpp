@@ -51,17 +51,6 @@ QString authorFor(const QString& cleanPath)
     return PagewiseSettings(Device()).facebookName();
 }
 
-// What QFileInfo::created() gives, without the deprecated call.
-QDateTime creationTime(const QFileInfo& info)
-{
-    QDateTime time = info.birthTime();
-    if (!time.isValid())
-        time = info.metadataChangeTime();
-    if (!time.isValid())
-        time = info.lastModified();
-    return time;
-}
-
 } // namespace
 
 ComicsReaderParser::ComicsReaderParser() = default;
@@ -86,7 +75,7 @@ void ComicsReaderParser::parse(const QString& path)
     volume.setAttribute(ATTRIBUTE_DESCRIPTION, QString());
     volume.setAttribute(ATTRIBUTE_ATTRIBUTION, authorFor(cleanPath));
     volume.setAttribute(ATTRIBUTE_MIME_TYPE, mimeType);
-    volume.setAttribute(ATTRIBUTE_DATE, creationTime(info));
+    volume.setAttribute(ATTRIBUTE_DATE, QtCompat::creationTime(info));
     volume.setUserID(userId);
     volume.setImageId(imageIdFor(path));
 

@@ -3,6 +3,8 @@
 #include "ComicsReader.h"
 #include "ComicsReaderParser.h"
 
+#include "QtCompat.h"
+
 #include <QImageReader>
 #include <QList>
 

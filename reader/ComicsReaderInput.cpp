@@ -12,12 +12,12 @@
 
 bool ComicsReader::event(QEvent* event)
 {
-    switch (event->type()) {
+    switch (static_cast<int>(event->type())) {
     // Raw touch is the host's recognizers' business; 209 (TouchCancel here) too.
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
-    case QEvent::TouchCancel:
+    case QtCompat::TouchCancel:
         return true;
     case QEvent::Gesture:
         return gestureEvent(static_cast<QGestureEvent*>(event));

@@ -15,31 +15,20 @@
 
 namespace {
 
-// The prepared page in the format the backing store blends fastest, when the
-// conversion keeps every painted pixel: the painter would convert on every paint.
-QImage fastToPaint(const QImage& image)
+// The prepared page, opaque and in the format the backing store takes
+// fastest. A page with transparency is drawn onto white once, here: the view
+// paints opaque and fills its background only after a decode, so a
+// transparent page painted again would darken over its own last paint.
+QImage opaqueOnWhite(const QImage& image)
 {
-    switch (image.format()) {
-    case QImage::Format_Mono:
-    case QImage::Format_MonoLSB:
-    case QImage::Format_Indexed8:
-        return image.convertToFormat(
-            image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-    case QImage::Format_ARGB32:
-    case QImage::Format_RGBA8888:
-        return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    case QImage::Format_RGB16:
-    case QImage::Format_RGB666:
-    case QImage::Format_RGB555:
-    case QImage::Format_RGB888:
-    case QImage::Format_RGB444:
-    case QImage::Format_RGBX8888:
-    case QImage::Format_Grayscale8:
-    case QImage::Format_BGR888:
-        return image.convertToFormat(QImage::Format_RGB32);
-    default:
-        return image;
-    }
+    if (!image.hasAlphaChannel())
+        return image.format() == QImage::Format_RGB32 ? image
+                                                      : image.convertToFormat(QImage::Format_RGB32);
+    QImage page(image.size(), QImage::Format_RGB32);
+    page.fill(qRgb(255, 255, 255));
+    QPainter painter(&page);
+    painter.drawImage(0, 0, image);
+    return page;
 }
 
 // The zoom at which the page image, as shown now, fills the view across; never
@@ -94,7 +83,7 @@ void ComicsReader::paintEvent(QPaintEvent*)
             : pageImage.scaled(QSize(int(viewWidth * zoom), int(viewHeight * zoom)),
                 Qt::KeepAspectRatio, Qt::SmoothTransformation);
         pageImage = QImage();
-        pageImage = fastToPaint(scaled.transformed(turn, Qt::FastTransformation));
+        pageImage = opaqueOnWhite(scaled.transformed(turn, Qt::FastTransformation));
 
         QColor white;
         white.setRgb(255, 255, 255, 255);

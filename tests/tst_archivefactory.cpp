@@ -13,12 +13,13 @@ class TestArchiveFactory : public QObject
 
 public:
     enum Kind { None, Zip, Rar, Image };
-    Q_ENUM(Kind)
 
 private slots:
     void choosesBySuffix_data();
     void choosesBySuffix();
 };
+
+Q_DECLARE_METATYPE(TestArchiveFactory::Kind)
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "ComicPageNames.h"
 #include "TestSupport.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 class TestPageOrder : public QObject
@@ -16,7 +15,7 @@ private slots:
     void pageList();
 
 private:
-    QTemporaryDir dir;
+    TestSupport::TemporaryDir dir;
 };
 
 void TestPageOrder::initTestCase()

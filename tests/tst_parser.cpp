@@ -5,41 +5,46 @@
 #include "PagewiseSettings.h"
 #include "TestSupport.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
-
-namespace {
 
 // What the parser announces, in order. The records travel by non-const
 // reference, which QSignalSpy cannot hold.
-struct Announcements
+class Announcements : public QObject
 {
+    Q_OBJECT
+
+public:
     explicit Announcements(ComicsReaderParser& parser)
     {
-        QObject::connect(&parser, &ParserInterface::pageletParsed, [this](Pagelet& pagelet) {
-            order += QLatin1Char('p');
-            pagelets << pagelet;
-        });
-        QObject::connect(&parser, &ParserInterface::volumeParsed,
-            [this](Volume& volume, bool hasRights, bool isLoan) {
-                order += hasRights || isLoan ? QLatin1Char('V') : QLatin1Char('v');
-                volumes << volume;
-            });
-        QObject::connect(&parser, &ParserInterface::imageParsed,
-            [this](const Volume& volume, const QImage& image) {
-                order += QLatin1Char('c');
-                volumes << volume;
-                cover = image;
-            });
+        connect(&parser, SIGNAL(pageletParsed(Pagelet&)), this, SLOT(onPagelet(Pagelet&)));
+        connect(&parser, SIGNAL(volumeParsed(Volume&, bool, bool)), this,
+            SLOT(onVolume(Volume&, bool, bool)));
+        connect(&parser, SIGNAL(imageParsed(Volume, QImage)), this, SLOT(onImage(Volume, QImage)));
     }
 
     QString order;
     QList<Pagelet> pagelets;
     QList<Volume> volumes;
     QImage cover;
-};
 
-} // namespace
+private slots:
+    void onPagelet(Pagelet& pagelet)
+    {
+        order += QLatin1Char('p');
+        pagelets << pagelet;
+    }
+    void onVolume(Volume& volume, bool hasRights, bool isLoan)
+    {
+        order += hasRights || isLoan ? QLatin1Char('V') : QLatin1Char('v');
+        volumes << volume;
+    }
+    void onImage(const Volume& volume, const QImage& image)
+    {
+        order += QLatin1Char('c');
+        volumes << volume;
+        cover = image;
+    }
+};
 
 class TestParser : public QObject
 {
@@ -56,8 +61,8 @@ private slots:
     void metaObjectAsTheHostSeesIt();
 
 private:
-    QTemporaryDir dir;
-    QTemporaryDir config;
+    TestSupport::TemporaryDir dir;
+    TestSupport::TemporaryDir config;
     QByteArray png;
 };
 
@@ -160,7 +165,7 @@ void TestParser::noPages()
 
     QVERIFY(announced.order.isEmpty());
     QCOMPARE(log.lines().value(log.lines().size() - 1),
-        QStringLiteral("no comics found :  \"%1\"").arg(path));
+        TestSupport::debugLine(QStringLiteral("no comics found :  \"%1\"").arg(path)));
 }
 
 void TestParser::cover_data()
@@ -197,6 +202,7 @@ void TestParser::metaObjectAsTheHostSeesIt()
 {
     // The host connects and invokes by signature, so names and order are the interface.
     const QMetaObject& interface = ParserInterface::staticMetaObject;
+    QCOMPARE(int(interface.d.data[0]), TestSupport::mocRevision());
     QCOMPARE(ComicsReaderParser::staticMetaObject.superClass(), &interface);
     QCOMPARE(ComicsReaderParser::staticMetaObject.methodCount(), interface.methodCount());
     const int first = interface.methodOffset();
@@ -208,15 +214,15 @@ void TestParser::metaObjectAsTheHostSeesIt()
     };
     for (int i = 0; i < signals_.size(); ++i) {
         const QMetaMethod method = interface.method(first + i);
-        QCOMPARE(method.methodSignature(), signals_.at(i).first);
-        QCOMPARE(method.parameterNames().join(','), signals_.at(i).second);
+        QCOMPARE(TestSupport::signatureOf(method), signals_.at(i).first);
+        QCOMPARE(TestSupport::joined(method.parameterNames(), ','), signals_.at(i).second);
         QCOMPARE(method.methodType(), QMetaMethod::Signal);
     }
 
     ComicsReaderParser parser;
     QCOMPARE(parser.qt_metacast("ParserInterface"), static_cast<void*>(&parser));
     QCOMPARE(parser.qt_metacast("ComicsReaderParser"), static_cast<void*>(&parser));
-    QCOMPARE(parser.qt_metacast(nullptr), nullptr);
+    QCOMPARE(parser.qt_metacast(nullptr), static_cast<void*>(nullptr));
 
     // Invoking the third method emits imageParsed with the arguments given;
     // an index past the three is handed back, less three, to a subclass.

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QtTest>
 
+#include <memory>
+
 extern "C" QObject* qt_plugin_instance();
 
 class TestPlugin : public QObject

@@ -123,7 +123,7 @@ void TestRarArchiveStandIns::namesAfterDoubleDash()
 
 void TestRarArchiveStandIns::abandonsHangingExtractor()
 {
-    if (!qEnvironmentVariableIsSet("TAMBER_SLOW_TESTS"))
+    if (!!qgetenv("TAMBER_SLOW_TESTS").isEmpty())
         QSKIP("waits out the archive's 30 s limit; set TAMBER_SLOW_TESTS to run it");
     installExtractor("echo $$ > \"$here/pid\"; echo a.png; exec sleep 600");
 
@@ -131,7 +131,7 @@ void TestRarArchiveStandIns::abandonsHangingExtractor()
 
     QFile pid(inAppDir(QStringLiteral("pid")));
     QVERIFY(pid.open(QIODevice::ReadOnly));
-    QVERIFY2(!QFileInfo::exists(QStringLiteral("/proc/") + pid.readAll().trimmed()),
+    QVERIFY2(!QFileInfo(QStringLiteral("/proc/") + pid.readAll().trimmed()).exists(),
         "the extractor was left running");
 }
 

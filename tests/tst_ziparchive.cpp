@@ -1,7 +1,6 @@
 #include "ComicZipArchive.h"
 #include "TestSupport.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <zip.h>
@@ -12,9 +11,10 @@ namespace {
 
 QString readLine(qint64 count, const QString& name)
 {
-    return QStringLiteral("WHAT'S THE DEAL?  I GET LENGTH OF  %1  for filename  \"%2\"")
-        .arg(count)
-        .arg(name);
+    return TestSupport::debugLine(
+        QStringLiteral("WHAT'S THE DEAL?  I GET LENGTH OF  %1  for filename  \"%2\"")
+            .arg(count)
+            .arg(name));
 }
 
 } // namespace
@@ -30,7 +30,7 @@ private slots:
     void failedReads();
 
 private:
-    QTemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     QByteArray png;
 };
 
@@ -42,9 +42,12 @@ void TestZipArchive::initTestCase()
 
 void TestZipArchive::listsAndDecodesEveryEntry()
 {
-    // Names in any encoding come back as their bytes, so each opens again.
+    // Names in any encoding come back as their bytes, each as one Latin-1
+    // character, so each opens again: libzip converts none, not even a name
+    // it takes to be in a code page.
     const QList<QByteArray> names { "Chapter 1/", "Chapter 1/001.png", "notes.txt",
-        "Caf\xc3\xa9/01.png", "\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8/02.png", "caf\xe9/03.png" };
+        "Caf\xc3\xa9/01.png", "\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8/02.png", "caf\xe9/03.png",
+        "caf\x82 1.png" };
     QList<TestSupport::ZipEntry> entries;
     for (const QByteArray& name : names)
         entries << TestSupport::ZipEntry(name, name.endsWith(".png") ? png : QByteArray());
@@ -53,8 +56,7 @@ void TestZipArchive::listsAndDecodesEveryEntry()
 
     ComicZipArchive archive(path);
     const QStringList listed = archive.files();
-    QCOMPARE(listed.size(), names.size());
-    QCOMPARE(listed.mid(0, 4).join('|').toLatin1(), names.mid(0, 4).join('|'));
+    QCOMPARE(listed.join(QStringLiteral("|")).toLatin1(), TestSupport::joined(names, '|'));
     for (const QString& name : listed) {
         if (name.endsWith(QLatin1String(".png")))
             QCOMPARE(archive.data(name).size(), QSize(30, 40));
@@ -70,12 +72,15 @@ void TestZipArchive::failedReads_data()
     const QString path = dir.filePath(QStringLiteral("fixture.cbz"));
     QVERIFY(TestSupport::writeZip(path, { { "page.png", png }, { "empty.png", "" } }));
     const QByteArray good = TestSupport::readFile(path);
-    const QString noZip = QStringLiteral("ZIP OPEN ERROR:  %1").arg(ZIP_ER_NOZIP);
+    const QString noZip
+        = TestSupport::debugLine(QStringLiteral("ZIP OPEN ERROR:  %1").arg(ZIP_ER_NOZIP));
 
     QTest::newRow("not a ZIP") << QByteArray("Rar!\x1a\x07\x01\x00", 8) << "page.png"
                                << QStringList { noZip, readLine(-1, "page.png") };
     QTest::newRow("truncated ZIP") << good.left(good.size() / 2) << "page.png"
                                    << QStringList { noZip, readLine(-1, "page.png") };
+    QTest::newRow("empty file: an archive without entries")
+        << QByteArray() << "page.png" << QStringList(readLine(-1, "page.png"));
     QTest::newRow("unknown name") << good << "other.png" << QStringList(readLine(-1, "other.png"));
     QTest::newRow("lookup is case-sensitive")
         << good << "PAGE.png" << QStringList(readLine(-1, "PAGE.png"));

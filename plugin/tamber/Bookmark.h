@@ -1,6 +1,7 @@
 #ifndef TAMBER_BOOKMARK_H
 #define TAMBER_BOOKMARK_H
 
+#include "QtCompat.h"
 #include "RecordObject.h"
 
 #include <QDateTime>

@@ -1,6 +1,8 @@
 #ifndef TAMBER_HOSTCONSTANTS_H
 #define TAMBER_HOSTCONSTANTS_H
 
+#include "QtCompat.h"
+
 #include <QString>
 
 // Column and device names of the host's record headers. Every source file that

@@ -1,6 +1,8 @@
 #ifndef TAMBER_TAMBERGLOBAL_H
 #define TAMBER_TAMBERGLOBAL_H
 
+#include "QtCompat.h"
+
 #include <QtGlobal>
 
 // Host classes are exported from libtamber. The plug-in only refers to them,

@@ -22,8 +22,10 @@ public:
     double minimumZoomFactor() const;
     double maximumZoomFactor() const;
 
-    // Clamps to the bounds; emits both update signals when the factor changes.
+    // Clamps to the bounds and, when the factor changes, says so once: with
+    // the point a pinch centres on when it gives one, plainly otherwise.
     void setZoomFactor(double factor);
+    void setZoomFactor(double factor, const QPointF& offset);
 
     void setAnalyticsEventInfo(const SocialEventType& type, const Volume& volume, const QUrl& url);
 
@@ -32,6 +34,8 @@ signals:
     void zoomFactorUpdatedWithOffset(double oldFactor, double newFactor, QPointF offset);
 
 private:
+    bool change(double factor);
+
     double m_minimum;
     double m_maximum;
     double m_factor;

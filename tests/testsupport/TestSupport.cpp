@@ -1,19 +1,125 @@
 #include "TestSupport.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstdlib>
+
+#include <QApplication>
 #include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QPainter>
+#include <QTextCodec>
+#include <QWidget>
 #include <QProcess>
 
 #include <zip.h>
 
 namespace TestSupport {
 
+QByteArray signatureOf(const QMetaMethod& method)
+{
+#if QT_VERSION >= 0x050000
+    return method.methodSignature();
+#else
+    return QByteArray(method.signature());
+#endif
+}
+
+QByteArray joined(const QList<QByteArray>& parts, char separator)
+{
+    QByteArray text;
+    for (int i = 0; i < parts.size(); ++i)
+        text += (i ? QByteArray(1, separator) : QByteArray()) + parts.at(i);
+    return text;
+}
+
+void useUtf8ForEightBitStrings()
+{
+#if QT_VERSION < 0x050000
+    QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
+    QTextCodec::setCodecForCStrings(utf8);
+    QTextCodec::setCodecForLocale(utf8);
+#endif
+}
+
+QColor pixelColor(const QImage& image, int x, int y)
+{
+    return QColor::fromRgba(image.pixel(x, y));
+}
+
+QColor pixelColor(const QImage& image, const QPoint& point)
+{
+    return pixelColor(image, point.x(), point.y());
+}
+
+bool waitForWindowShown(QWidget* window)
+{
+#if QT_VERSION >= 0x050000
+    return QTest::qWaitForWindowExposed(window);
+#else
+    // Qt for Embedded Linux shows a window once the events of showing it ran.
+    QApplication::processEvents();
+    return window->isVisible();
+#endif
+}
+
+#if QT_VERSION < 0x050000
+
+namespace {
+
+bool removeTree(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isDir() && !info.isSymLink()) {
+        const QDir dir(path);
+        const QStringList names
+            = dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        for (const QString& name : names)
+            removeTree(dir.filePath(name));
+        return QDir().rmdir(path);
+    }
+    return QFile::remove(path);
+}
+
+} // namespace
+
+TemporaryDir::TemporaryDir()
+{
+    QByteArray pattern = QFile::encodeName(QDir::tempPath() + QStringLiteral("/tamber-XXXXXX"));
+    if (mkdtemp(pattern.data()))
+        m_path = QFile::decodeName(pattern);
+}
+
+TemporaryDir::~TemporaryDir()
+{
+    if (!m_path.isEmpty())
+        removeTree(m_path);
+}
+
+bool TemporaryDir::isValid() const
+{
+    return !m_path.isEmpty();
+}
+
+QString TemporaryDir::path() const
+{
+    return m_path;
+}
+
+QString TemporaryDir::filePath(const QString& name) const
+{
+    return m_path + QLatin1Char('/') + name;
+}
+
+#endif
+
 QString samplesDir()
 {
     const QString dir = QStringLiteral(TAMBER_SAMPLES_DIR);
-    return QFileInfo::exists(dir + QStringLiteral("/Captain Science #001.cbz")) ? dir : QString();
+    return QFileInfo(dir + QStringLiteral("/Captain Science #001.cbz")).exists() ? dir : QString();
 }
 
 QString sampleCbz()
@@ -91,7 +197,7 @@ bool writeFile(const QString& path, const QByteArray& bytes)
 QImage makePage(int width, int height, const QColor& ink)
 {
     QImage image(width, height, QImage::Format_RGB32);
-    image.fill(QColor(240, 240, 230));
+    image.fill(qRgb(240, 240, 230));
     QPainter painter(&image);
     painter.setPen(QPen(ink, qMax(1, width / 50)));
     painter.drawRect(image.rect().adjusted(width / 20, height / 20, -width / 20, -height / 20));
@@ -172,6 +278,19 @@ bool writeRar(const QString& path, const QList<ZipEntry>& entries)
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(rar) == rar.size();
 }
 
+QByteArray gifWithScreen(const QSize& screen)
+{
+    QByteArray gif("GIF89a\0\0\0\0\x80\x00\x00\xff\xff\xff\x00\x00\x00"
+                   "!\xf9\x04\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00"
+                   "\x02\x02\x44\x01\x00;",
+        43);
+    gif[6] = char(screen.width() & 0xff);
+    gif[7] = char(screen.width() >> 8);
+    gif[8] = char(screen.height() & 0xff);
+    gif[9] = char(screen.height() >> 8);
+    return gif;
+}
+
 QByteArray pngHeaderOnly(const QSize& size)
 {
     auto bigEndian32 = [](quint32 value) {
@@ -238,22 +357,37 @@ QStringList& loggedLines()
     return lines;
 }
 
+#if QT_VERSION >= 0x050000
 void logLine(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     loggedLines() << message;
 }
+#else
+void logLine(QtMsgType, const char* message)
+{
+    loggedLines() << QString::fromLocal8Bit(message);
+}
+#endif
 
 } // namespace
 
 MessageLog::MessageLog()
 {
     loggedLines().clear();
+#if QT_VERSION >= 0x050000
     previous = qInstallMessageHandler(logLine);
+#else
+    previous = qInstallMsgHandler(logLine);
+#endif
 }
 
 MessageLog::~MessageLog()
 {
+#if QT_VERSION >= 0x050000
     qInstallMessageHandler(previous);
+#else
+    qInstallMsgHandler(previous);
+#endif
 }
 
 QStringList MessageLog::lines() const

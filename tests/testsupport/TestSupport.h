@@ -5,14 +5,99 @@
 #include <QColor>
 #include <QImage>
 #include <QList>
+#include <QMetaMethod>
 #include <QPair>
+#include <QPoint>
 #include <QProcessEnvironment>
 #include <QSize>
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
 
+class QWidget;
+#include <QtTest/QTest>
+#include <QPoint>
+#include <QList>
+#include <QMetaType>
+
+#include "QtCompat.h"
+
+#if QT_VERSION < 0x050000
+// Qt 5 knows containers of its own types as test data; Qt 4 is told.
+Q_DECLARE_METATYPE(QList<QPoint>)
+Q_DECLARE_METATYPE(QList<int>)
+
+// Qt 5's one-argument form, which skips as Qt 4's SkipAll does.
+#undef QSKIP
+#define QSKIP(message)                                                                             \
+    do {                                                                                           \
+        QTest::qSkip(message, QTest::SkipAll, __FILE__, __LINE__);                                 \
+        return;                                                                                    \
+    } while (false)
+#endif
+
+#if QT_VERSION >= 0x050000
+#include <QTemporaryDir>
+#endif
+
 namespace TestSupport {
+
+#if QT_VERSION >= 0x050000
+using TemporaryDir = QTemporaryDir;
+#else
+// What the suites use of Qt 5's QTemporaryDir: a new empty folder, removed
+// with its contents when the object goes.
+class TemporaryDir
+{
+public:
+    TemporaryDir();
+    ~TemporaryDir();
+    bool isValid() const;
+    QString path() const;
+    QString filePath(const QString& name) const;
+
+    TemporaryDir(const TemporaryDir&) = delete;
+    TemporaryDir& operator=(const TemporaryDir&) = delete;
+
+private:
+    QString m_path;
+};
+#endif
+
+// What the two Qts spell differently: a method's normalised signature, a
+// list of names joined, a pixel as a colour, a window on screen.
+QByteArray signatureOf(const QMetaMethod& method);
+QByteArray joined(const QList<QByteArray>& parts, char separator);
+QColor pixelColor(const QImage& image, int x, int y);
+QColor pixelColor(const QImage& image, const QPoint& point);
+bool waitForWindowShown(QWidget* window);
+
+// A debug line as the stream writes it: Qt 4 ends every item with a blank,
+// so its lines end in one; Qt 5 drops the last.
+inline QString debugLine(const QString& text)
+{
+#if QT_VERSION < 0x050000
+    return text + QLatin1Char(' ');
+#else
+    return text;
+#endif
+}
+
+// Makes UTF-8 the application's codec for 8-bit strings and for the locale,
+// as a host that reads UTF-8 names sets it. Qt 4 reads 8-bit strings and
+// encodes a program's arguments with them; Qt 5 has no such setting.
+void useUtf8ForEightBitStrings();
+
+// The revision of the meta-objects moc writes: 6 is Qt 4.8's, as on the
+// device, and 8 is Qt 5.15's.
+inline int mocRevision()
+{
+#if QT_VERSION < 0x050000
+    return 6;
+#else
+    return 8;
+#endif
+}
 
 // The shared sample comics, or an empty string when ../shared is not there.
 QString samplesDir();
@@ -43,6 +128,10 @@ QByteArray encode(const QImage& image, const char* format);
 // tests can give any entry names: RAR 5 names are UTF-8 bytes, duplicates
 // allowed. Returns false if the file could not be written.
 bool writeRar(const QString& path, const QList<ZipEntry>& entries);
+
+// A GIF of one 1 × 1 frame on a logical screen of the given size, which Qt
+// decodes to the whole screen.
+QByteArray gifWithScreen(const QSize& screen);
 
 // The start of a one-bit greyscale PNG: its header claims the given size, its
 // pixel data is cut off, so it reports the size but never decodes.
@@ -85,7 +174,11 @@ public:
     MessageLog& operator=(const MessageLog&) = delete;
 
 private:
+#if QT_VERSION >= 0x050000
     QtMessageHandler previous;
+#else
+    QtMsgHandler previous;
+#endif
 };
 
 } // namespace TestSupport

@@ -1,0 +1,33 @@
+# The device's package, from a build against the device's Qt: the plug-in and
+# its extractor in the layout of the host application's prefix, where the
+# plug-in runs its extractor as "<application folder>/unrar":
+#
+#   lib/tamber/unrar                       the RAR extractor
+#   lib/tamber/plugins/libcomicsreader.so  the plug-in
+#
+# scripts/package writes it as tamber-comics-device-VERSION-ARCH.tar.gz.
+
+set(TAMBER_APP_DIR lib/tamber)
+if(CMAKE_CROSSCOMPILING)
+  set(TAMBER_DEVICE_ARCH armhf)
+else()
+  set(TAMBER_DEVICE_ARCH ${CMAKE_SYSTEM_PROCESSOR})
+endif()
+
+# On the device the host has loaded libtamber and Qt before the plug-in, so the
+# plug-in carries no run path, in the build as in the package.
+set_target_properties(comicsreader PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "")
+install(TARGETS comicsreader LIBRARY DESTINATION ${TAMBER_APP_DIR}/plugins COMPONENT device)
+# The cross build's extractor is a program built elsewhere and copied in.
+install(PROGRAMS ${CMAKE_BINARY_DIR}/bin/unrar DESTINATION ${TAMBER_APP_DIR} COMPONENT device)
+
+set(CPACK_PACKAGE_NAME tamber-comics-device)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_GENERATOR TGZ)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL device)
+set(CPACK_PACKAGING_INSTALL_PREFIX "")
+set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY OFF)
+set(CPACK_ARCHIVE_DEVICE_FILE_NAME tamber-comics-device-${PROJECT_VERSION}-${TAMBER_DEVICE_ARCH})
+include(CPack)

@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# The device package as a reader gets it.
+#
+#   check.sh BUILD DEVICEHOST SAMPLES
+#
+# Makes the package with cpack in BUILD, then:
+#  - reads its binaries: the plug-in needs only the C library family, Qt 4's
+#    QtCore and QtGui and libtamber, and no symbol version above GLIBC_2.11 and
+#    none of the C++ runtime's or GCC's; the extractor is fully static (no
+#    program interpreter, no shared library). Each binary's highest GLIBC_
+#    version is printed, so that a regression shows by its name.
+#  - unpacks it into a scratch root and runs DEVICEHOST, a miniature host,
+#    from the unpacked application folder: it loads the unpacked plug-in with
+#    Qt's own loader and opens the shared RAR sample, whose pages come from the
+#    unpacked extractor beside it.
+set -euo pipefail
+build=$1 host=$2 samples=$3
+baseline=2.11
+readelf=arm-linux-gnueabihf-readelf
+objdump=arm-linux-gnueabihf-objdump
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+(cd "$build" && cpack -B "$scratch/out" >/dev/null)
+tarball=$(ls "$scratch"/out/tamber-comics-device-*-armhf.tar.gz)
+echo "package: $(basename "$tarball"), $(stat -c %s "$tarball") bytes"
+mkdir "$scratch/root"
+tar -xzf "$tarball" -C "$scratch/root"
+app=$scratch/root/lib/tamber
+
+failed=0
+fail() { echo "FAIL: $*"; failed=1; }
+
+check_library() { # FILE ALLOWED-NEEDED-PATTERN
+  local file=$1 allowed=$2 name
+  name=${file#"$scratch/root/"}
+  local needed
+  needed=$($readelf -d "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+  echo "$name: $(stat -c %s "$file") bytes; needs $(echo $needed)"
+  for library in $needed; do
+    [[ $library =~ $allowed ]] || fail "$name needs $library"
+  done
+  local versions highest
+  versions=$($objdump -T "$file" | grep -oE '\b(GLIBC|GLIBCXX|CXXABI|GCC)_[0-9][0-9.]*' | sort -u)
+  highest=$(echo "$versions" | grep '^GLIBC_' | sort -V | tail -n 1)
+  echo "$name: highest ${highest:-no GLIBC_ version}"
+  for version in $versions; do
+    case $version in
+      GLIBC_*)
+        [ "$(printf '%s\n' "${version#GLIBC_}" "$baseline" | sort -V | tail -n 1)" = "$baseline" ] \
+          || fail "$name references $version, above GLIBC_$baseline:$($objdump -T "$file" | grep -F "$version" | awk '{print " " $NF}' | tr -d '\n')"
+        ;;
+      *) fail "$name references $version of the C++ runtime or GCC" ;;
+    esac
+  done
+}
+
+c_library='^(libc\.so\.6|libm\.so\.6|libpthread\.so\.0|ld-linux-armhf\.so\.3)$'
+check_library "$app/plugins/libcomicsreader.so" "$c_library|^(libQtCore\.so\.4|libQtGui\.so\.4|libtamber\.so\.0)$"
+for plugin in "$app"/imageformats/*.so; do
+  [ -e "$plugin" ] && check_library "$plugin" "$c_library|^(libQtCore\.so\.4|libQtGui\.so\.4)$"
+done
+
+unrar=$app/unrar
+echo "lib/tamber/unrar: $(stat -c %s "$unrar") bytes"
+$readelf -d "$unrar" | grep -q NEEDED && fail "the extractor needs shared libraries"
+$readelf -l "$unrar" | grep -q INTERP && fail "the extractor names a program interpreter"
+
+# The miniature host in the unpacked application folder, as the device's is.
+cp "$host" "$app/devicehost"
+if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
+  output=$(cd "$scratch" && "$app/devicehost" "$samples/Captain Science #001-cbi.cbr" -qws) \
+    || fail "the host could not read the RAR sample through the package: $output"
+  echo "$output"
+  [ "$(grep -c '^page ' <<<"$output")" -eq 5 ] || fail "the RAR sample did not list five pages"
+  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "page 1 did not decode"
+else
+  echo "../shared/samples is not beside the checkout; the package was not opened"
+fi
+
+[ "$failed" -eq 0 ] && echo "the package holds what the device can load"
+exit "$failed"

@@ -1,0 +1,151 @@
+// The plug-in as the device's Qt loads it: through Qt's own plug-in loader,
+// which checks the verification text against its build, and then used only
+// through the interfaces the host knows.
+
+#include "Library.h"
+#include "ParserInterface.h"
+#include "PluginInterface.h"
+#include "PluginState.h"
+#include "TamberGlobal.h"
+#include "TestSupport.h"
+
+#include <QPluginLoader>
+#include <QWidget>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+const QString pluginFile = TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
+
+// The formats the SDK's Qt reads, in the order it gives them.
+const char* const sdkFormats[]
+    = { "bmp", "gif", "ico", "jpeg", "jpg", "pbm", "pgm", "png", "ppm", "tga", "xbm", "xpm" };
+
+} // namespace
+
+// What a parser announces, kept as the host keeps it.
+class ParsedBook : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ParsedBook(QObject* parser)
+    {
+        connect(parser, SIGNAL(pageletParsed(Pagelet&)), this, SLOT(onPagelet(Pagelet&)));
+        connect(parser, SIGNAL(volumeParsed(Volume&, bool, bool)), this,
+            SLOT(onVolume(Volume&, bool, bool)));
+    }
+
+    QVector<Pagelet> pages;
+    QList<Volume> volumes;
+
+private slots:
+    void onPagelet(Pagelet& pagelet) { pages << pagelet; }
+    void onVolume(Volume& volume, bool, bool) { volumes << volume; }
+};
+
+class TestQtLoader : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void loadsThroughQt();
+    void refusesAnotherBuildKey();
+    void parsesAndPaintsThroughTheInterface();
+
+private:
+    TestSupport::TemporaryDir dir;
+    PluginInterface* plugin = nullptr;
+};
+
+void TestQtLoader::initTestCase()
+{
+    QVERIFY(dir.isValid());
+    QVERIFY2(QFileInfo(pluginFile).exists(), qPrintable(pluginFile));
+}
+
+void TestQtLoader::loadsThroughQt()
+{
+    QPluginLoader loader(pluginFile);
+    QVERIFY2(loader.load(), qPrintable(loader.errorString()));
+    QObject* root = loader.instance();
+    QVERIFY(root);
+    QCOMPARE(root->metaObject()->className(), "ComicsReaderPlugin");
+    plugin = qobject_cast<PluginInterface*>(root);
+    QVERIFY(plugin);
+
+    QStringList types;
+    QStringList patterns;
+    patterns << QStringLiteral("*.cbz") << QStringLiteral("*.cbr");
+    for (const char* format : sdkFormats) {
+        types << QStringLiteral("image/") + QLatin1String(format);
+        patterns << QStringLiteral("*.") + QLatin1String(format);
+    }
+    types << QStringLiteral("application/x-cbz") << QStringLiteral("application/x-cbr");
+    QCOMPARE(plugin->mimeTypes(), types);
+    QCOMPARE(plugin->fileExtensions(), patterns);
+}
+
+void TestQtLoader::refusesAnotherBuildKey()
+{
+    QByteArray bytes = TestSupport::readFile(pluginFile);
+    const QByteArray key = "buildkey=arm qws/linux ostra-g++";
+    const QByteArray other = "buildkey=arm qws/linux other-g++";
+    QCOMPARE(bytes.count(key), 1);
+    bytes.replace(key, other);
+    const QString copy = dir.filePath(QStringLiteral("libother.so"));
+    QVERIFY(TestSupport::writeFile(copy, bytes));
+
+    QPluginLoader loader(copy);
+    QVERIFY(!loader.load());
+    QVERIFY2(loader.errorString().contains(QLatin1String("build key")),
+        qPrintable(loader.errorString()));
+    QVERIFY2(loader.errorString().contains(QLatin1String("arm qws/linux other-g++")),
+        qPrintable(loader.errorString()));
+}
+
+void TestQtLoader::parsesAndPaintsThroughTheInterface()
+{
+    TAMBER_REQUIRE_SAMPLES();
+    QVERIFY(plugin);
+    QVERIFY(Library::open(dir.filePath(QStringLiteral("library.sqlite"))));
+
+    const std::unique_ptr<ParserInterface> parser(plugin->parser());
+    ParsedBook book(parser.get());
+    parser->parse(TestSupport::sampleCbz());
+    QCOMPARE(book.pages.size(), 5);
+    QCOMPARE(book.volumes.size(), 1);
+    QVERIFY(Library::storeBook(book.volumes.first(), book.pages));
+
+    // The host knows the view only as a widget with slots.
+    PluginState state;
+    QWidget container;
+    container.resize(300, 400);
+    QWidget* view = plugin->reader(&state, new QWidget(&container));
+    QVERIFY(view);
+    QCOMPARE(state.readerOpen, 1);
+    QVERIFY(QMetaObject::invokeMethod(view, "renderVolume",
+        Q_ARG(Volume, Library::book(book.volumes.first().getId())),
+        Q_ARG(ReadingNavigationType, ReadingNavigationDefault)));
+    view->resize(container.size());
+
+    QImage image(view->size(), QImage::Format_RGB32);
+    image.fill(qRgb(255, 0, 0));
+    view->render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+    // The first page fills the width; the white margins above and below it,
+    // and no red anywhere: the view painted every pixel.
+    const QRgb centre = image.pixel(image.width() / 2, image.height() / 2);
+    QVERIFY2(centre != qRgb(255, 255, 255), qPrintable(QString::number(centre, 16)));
+    QCOMPARE(image.pixel(0, 0), qRgb(255, 255, 255));
+    for (int y = 0; y < image.height(); y += 7) {
+        for (int x = 0; x < image.width(); x += 7)
+            QVERIFY(image.pixel(x, y) != qRgb(255, 0, 0));
+    }
+    Library::close();
+}
+
+QTEST_MAIN(TestQtLoader)
+#include "tst_qtloader.moc"
