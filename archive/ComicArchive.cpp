@@ -6,7 +6,8 @@
 
 namespace {
 
-// The size the decoder allocates. Drawings render at the scaled size. Qt's
+// The size the decoder allocates. Drawings render at the scaled size, and
+// libwebp decodes at it (our WebP plug-in bounds what it needs besides). Qt's
 // JPEG decoder shrinks by eighths while decoding, to no less than the scaled
 // size; the power of two below the ratio never comes out smaller than that.
 // Every other decoder, PNG's included, decodes in full and scales afterwards.
@@ -16,7 +17,7 @@ QSize workingSize(QImageReader& reader, const QSize& full)
     if (!full.isValid() || !scaled.isValid() || scaled.isEmpty())
         return full;
     const QByteArray format = reader.format();
-    if (format.startsWith("svg"))
+    if (format.startsWith("svg") || format == "webp")
         return scaled;
     if (format != "jpeg")
         return full;

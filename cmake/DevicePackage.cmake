@@ -4,6 +4,9 @@
 #
 #   lib/tamber/unrar                       the RAR extractor
 #   lib/tamber/plugins/libcomicsreader.so  the plug-in
+#   lib/tamber/imageformats/libqwebp.so    Qt image plug-ins for page formats
+#                                          the device's Qt lacks, where its Qt
+#                                          looks: the application's folder
 #
 # scripts/package writes it as tamber-comics-device-VERSION-ARCH.tar.gz.
 
@@ -18,6 +21,13 @@ endif()
 # plug-in carries no run path, in the build as in the package.
 set_target_properties(comicsreader PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "")
 install(TARGETS comicsreader LIBRARY DESTINATION ${TAMBER_APP_DIR}/plugins COMPONENT device)
+get_property(tamber_image_plugins GLOBAL PROPERTY TAMBER_IMAGE_PLUGINS)
+if(tamber_image_plugins)
+  set_target_properties(${tamber_image_plugins} PROPERTIES BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "")
+  install(TARGETS ${tamber_image_plugins} LIBRARY DESTINATION ${TAMBER_APP_DIR}/imageformats
+    COMPONENT device)
+endif()
 # The cross build's extractor is a program built elsewhere and copied in.
 install(PROGRAMS ${CMAKE_BINARY_DIR}/bin/unrar DESTINATION ${TAMBER_APP_DIR} COMPONENT device)
 

@@ -9,6 +9,9 @@
 #   lib/tamber/tamber                      the host program
 #   lib/tamber/unrar                       the RAR extractor
 #   lib/tamber/plugins/libcomicsreader.so  the plug-in
+#   lib/tamber/imageformats/libqwebp.so    Qt image plug-ins for page formats
+#                                          Qt lacks, where Qt looks beside the
+#                                          program
 #   lib/libtamber.so.0                     the host library
 #   share/man/man1/tamber.1                the manual page
 #
@@ -34,6 +37,13 @@ install(TARGETS tamber LIBRARY DESTINATION lib COMPONENT desktop NAMELINK_SKIP)
 foreach(component device desktop)
   install(TARGETS unrar RUNTIME DESTINATION ${TAMBER_APP_DIR} COMPONENT ${component})
   install(TARGETS comicsreader LIBRARY DESTINATION ${TAMBER_APP_DIR}/plugins
+    COMPONENT ${component})
+endforeach()
+# The image plug-ins go into the host program's imageformats folder, on the
+# device as on the desktop.
+get_property(tamber_image_plugins GLOBAL PROPERTY TAMBER_IMAGE_PLUGINS)
+foreach(component device desktop)
+  install(TARGETS ${tamber_image_plugins} LIBRARY DESTINATION ${TAMBER_APP_DIR}/imageformats
     COMPONENT ${component})
 endforeach()
 

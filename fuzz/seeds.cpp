@@ -183,6 +183,23 @@ void scriptSeeds()
 
 } // namespace
 
+// Two 2 × 2 WebP pictures made by cwebp, one lossless and one lossy: the seeds
+// are written without libwebp's encoder.
+void webpSeeds()
+{
+    writeSeed("fuzz_webp", "lossless.webp",
+        QByteArray("RIFF\x2c\x00\x00\x00WEBPVP8L\x1f\x00\x00\x00\x2f\x01\x40\x00\x00\x1f"
+                   "\x20\x10\x48\xde\x1f\x3a\x8d\xf9\x17\x10\x14\xfc\x1f\xdd\xfc\x47\x64"
+                   "\x0f\xe0\x06\x0c\x11\xfd\x0f\x01\x00",
+            52));
+    writeSeed("fuzz_webp", "lossy.webp",
+        QByteArray("RIFF\x36\x00\x00\x00WEBPVP8 \x2a\x00\x00\x00\x90\x01\x00\x9d\x01\x2a"
+                   "\x02\x00\x02\x00\x02\xc0\x4c\x25\xa4\x00\x02\xe7\x45\xac\x00\x00\xfe"
+                   "\xe2\x9e\xf4\xb4\xa5\xd5\xfd\x54\xc0\x46\x03\xc1\x8c\x2b\x50\x00\x00"
+                   "\x00\x00",
+            62));
+}
+
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -202,5 +219,6 @@ int main(int argc, char** argv)
     imageSeeds(pages);
     rarSeeds(pages);
     scriptSeeds();
+    webpSeeds();
     return 0;
 }

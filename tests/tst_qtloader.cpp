@@ -19,9 +19,10 @@ namespace {
 
 const QString pluginFile = TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
 
-// The formats the SDK's Qt reads, in the order it gives them.
-const char* const sdkFormats[]
-    = { "bmp", "gif", "ico", "jpeg", "jpg", "pbm", "pgm", "png", "ppm", "tga", "xbm", "xpm" };
+// The formats the SDK's Qt reads with the WebP plug-in we ship beside it, in
+// the order Qt gives them.
+const char* const sdkFormats[] = { "bmp", "gif", "ico", "jpeg", "jpg", "pbm", "pgm", "png", "ppm",
+    "tga", "webp", "xbm", "xpm" };
 
 } // namespace
 

@@ -12,7 +12,8 @@
 #  - unpacks it into a scratch root and runs DEVICEHOST, a miniature host,
 #    from the unpacked application folder: it loads the unpacked plug-in with
 #    Qt's own loader and opens the shared RAR sample, whose pages come from the
-#    unpacked extractor beside it.
+#    unpacked extractor beside it, and a comic of WebP pages made here from the
+#    sample's, which Qt reads through the unpacked image plug-in.
 set -euo pipefail
 build=$1 host=$2 samples=$3
 baseline=2.11
@@ -74,6 +75,18 @@ if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
   echo "$output"
   [ "$(grep -c '^page ' <<<"$output")" -eq 5 ] || fail "the RAR sample did not list five pages"
   grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "page 1 did not decode"
+
+  mkdir "$scratch/webp"
+  unzip -q -j "$samples/Captain Science #001.cbz" '*.jpg' -d "$scratch/webp"
+  for page in "$scratch"/webp/*.jpg; do
+    cwebp -quiet "$page" -o "${page%.jpg}.webp"
+  done
+  (cd "$scratch/webp" && zip -q ../webp.cbz ./*.webp)
+  output=$(cd "$scratch" && "$app/devicehost" "$scratch/webp.cbz" -qws) \
+    || fail "the host could not read a WebP comic through the package: $output"
+  echo "$output"
+  [ "$(grep -c '^page .*\.webp$' <<<"$output")" -eq 5 ] || fail "the WebP comic did not list five pages"
+  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "the first WebP page did not decode"
 else
   echo "../shared/samples is not beside the checkout; the package was not opened"
 fi
