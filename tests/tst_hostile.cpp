@@ -68,20 +68,6 @@ QByteArray jpegClaiming(const QSize& size)
     return jpeg;
 }
 
-// A GIF of one 1 × 1 frame on a logical screen of the given size.
-QByteArray gifWithScreen(const QSize& screen)
-{
-    QByteArray gif("GIF89a\0\0\0\0\x80\x00\x00\xff\xff\xff\x00\x00\x00"
-                   "!\xf9\x04\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00"
-                   "\x02\x02\x44\x01\x00;",
-        43);
-    gif[6] = char(screen.width() & 0xff);
-    gif[7] = char(screen.width() >> 8);
-    gif[8] = char(screen.height() & 0xff);
-    gif[9] = char(screen.height() >> 8);
-    return gif;
-}
-
 // An 8-bit greyscale PNG of that size, all black: a few kilobytes that
 // decode to width × height bytes.
 QByteArray blackPng(const QSize& size)
@@ -198,7 +184,7 @@ void TestHostile::initTestCase()
     const QByteArray hugeJpeg = jpegClaiming(QSize(65500, 65500));
     QVERIFY(writeFile(path("huge.jpg"), hugeJpeg));
     QVERIFY(writeFile(path("huge-jpeg.cbz"), zipBytes({ { "page.jpg", hugeJpeg } }, scratch)));
-    const QByteArray screenGif = gifWithScreen(QSize(16000, 16000));
+    const QByteArray screenGif = TestSupport::gifWithScreen(QSize(16000, 16000));
     QVERIFY(writeFile(path("screen.gif"), screenGif));
     QVERIFY(writeFile(path("screen-gif.cbz"), zipBytes({ { "page.gif", screenGif } }, scratch)));
     QVERIFY(writeFile(path("black.png"), blackPng(QSize(30000, 30000))));

@@ -456,9 +456,7 @@ void TestWebp::badInput_data()
     const QSize full;
 
     QTest::newRow("empty") << QByteArray() << full << false << true;
-    QTest::newRow("RIFF alone") << QByteArray("RIFF") << full << false << true;
     QTest::newRow("signature alone") << lossy.left(12) << full << true << true;
-    QTest::newRow("truncated in the lossy header") << lossy.left(24) << full << true << true;
     QTest::newRow("truncated lossy") << lossy.left(lossy.size() / 2) << full << true << true;
     QTest::newRow("truncated lossless")
         << lossless.left(lossless.size() / 2) << full << true << true;
@@ -475,7 +473,6 @@ void TestWebp::badInput_data()
     QTest::newRow("corrupted lossless data")
         << inverted(lossless, lossless.size() / 2, 16) << full << true << false;
     QTest::newRow("zero width") << lossyClaiming(lossy, 0, 48) << full << true << true;
-    QTest::newRow("zero height") << lossyClaiming(lossy, 64, 0) << full << true << true;
     // 16383 × 16383 × 4 bytes is a gigabyte: refused before any allocation.
     QTest::newRow("lossless header claiming 16383 x 16383")
         << losslessClaiming(lossless, 16383, 16383) << full << true << true;
@@ -483,14 +480,10 @@ void TestWebp::badInput_data()
         << losslessClaiming(lossless, 16383, 16383) << QSize(1000, 1000) << true << true;
     QTest::newRow("lossy header claiming 16383 x 16383")
         << lossyClaiming(lossy, 16383, 16383) << full << true << true;
-    QTest::newRow("the same, scaled: runs out of data at once")
-        << lossyClaiming(lossy, 16383, 16383) << QSize(1000, 1000) << true << true;
     QTest::newRow("animation with a corrupted first frame")
         << inverted(animation, firstFrame + 40, 32) << full << true << false;
     QTest::newRow("animation cut in its second frame")
         << animation.left(secondFrame + 30) << full << true << true;
-    QTest::newRow("animation cut in its first frame")
-        << animation.left(firstFrame + 30) << full << true << true;
 }
 
 void TestWebp::badInput()
