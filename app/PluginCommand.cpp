@@ -70,9 +70,10 @@ int PluginCommand::run(Application& app, const QCommandLineParser& parser) const
 
     const QString indent(15, QLatin1Char(' '));
     Application::printLine(QStringLiteral("file:          %1").arg(file));
-    Application::printLine(
-        QStringLiteral("verification:  %1")
-            .arg(verification.split(QLatin1Char('\n')).join(QLatin1Char('\n') + indent)));
+    // One printed line per line of the text: printLine escapes line breaks.
+    const QStringList fields = verification.split(QLatin1Char('\n'));
+    for (int i = 0; i < fields.size(); ++i)
+        Application::printLine((i == 0 ? QStringLiteral("verification:  ") : indent) + fields.at(i));
     Application::printLine(
         QStringLiteral("MIME types:    %1").arg(mimeTypes.join(QLatin1Char(' '))));
     Application::printLine(
