@@ -1,7 +1,7 @@
 # Cross-compiles fully static ARMv7 hard-float programs against musl, for the
 # extractor the device runs: Debian has musl for armhf but no C++ runtime for
 # it, so this is for C only. scripts/device-deps unpacks musl and writes the
-# compiler specs into TAMBER_DEVICE_PREFIX/musl-sysroot; libraries come from
+# gcc driver configuration into TAMBER_DEVICE_PREFIX/musl-sysroot; libraries come from
 # TAMBER_DEVICE_PREFIX/musl.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
