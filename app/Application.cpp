@@ -3,17 +3,17 @@
 #include "BookArgument.h"
 #include "Command.h"
 #include "CommandTable.h"
+#include "Display.h"
 #include "FileProblem.h"
 #include "HelpText.h"
 #include "Library.h"
 #include "PluginLoader.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QLoggingCategory>
 
 #include <cerrno>
 #include <cstdio>
@@ -23,39 +23,39 @@ namespace {
 
 const QString pluginFileName = QStringLiteral("libcomicsreader.so");
 
-QCommandLineOption libraryOption()
+CommandOption libraryOption()
 {
-    return QCommandLineOption(QStringLiteral("library"),
+    return CommandOption(QStringLiteral("library"),
         QStringLiteral("The library file, which import and session create when missing "
                        "(default: $TAMBER_LIBRARY, else "
                        "tamber/library.sqlite in $XDG_DATA_HOME)."),
         QStringLiteral("FILE"));
 }
 
-QCommandLineOption pluginOption()
+CommandOption pluginOption()
 {
-    return QCommandLineOption(QStringLiteral("plugin"),
+    return CommandOption(QStringLiteral("plugin"),
         QStringLiteral("The plug-in file (default: $TAMBER_PLUGIN, else %1 beside tamber or in "
                        "the plugins folder beside it).")
             .arg(pluginFileName),
         QStringLiteral("FILE"));
 }
 
-QCommandLineOption helpOption()
+CommandOption helpOption()
 {
-    return QCommandLineOption({ QStringLiteral("h"), QStringLiteral("help") },
+    return CommandOption({ QStringLiteral("h"), QStringLiteral("help") },
         QStringLiteral("Shows the help of tamber, or of the command."));
 }
 
-QCommandLineOption versionOption()
+CommandOption versionOption()
 {
-    return QCommandLineOption(
+    return CommandOption(
         { QStringLiteral("v"), QStringLiteral("version") }, QStringLiteral("Shows the version."));
 }
 
-QCommandLineOption manOption()
+CommandOption manOption()
 {
-    return QCommandLineOption(QStringLiteral("man"),
+    return CommandOption(QStringLiteral("man"),
         QStringLiteral("Prints the manual page, every command's help, as roff (try "
                        "\"tamber --man | man -l -\")."));
 }
@@ -69,41 +69,20 @@ QHash<QString, QByteArray>& rawArguments()
     return arguments;
 }
 
-bool displayAvailable()
-{
-    return !qEnvironmentVariableIsEmpty("DISPLAY")
-        || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-}
-
 } // namespace
 
 bool Application::prepareEnvironment(const QStringList& arguments)
 {
-    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        return true;
-    // Commands without a window never need a display, not even when one is there.
     const Command* command = CommandTable::find(commandName(arguments));
     const bool wantsHelp
         = arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h"));
-    if (!command || !command->needsWindow() || wantsHelp) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        return true;
-    }
-    if (!displayAvailable()) {
-        warn(QStringLiteral("'%1' opens a window, and no display is available (DISPLAY is not "
-                            "set); try it under xvfb-run")
-                 .arg(command->name()));
-        return false;
-    }
-    return true;
+    const bool needsWindow = command && command->needsWindow() && !wantsHelp;
+    return Display::prepare(command ? command->name() : QString(), needsWindow);
 }
 
 Application::Application(const QStringList& arguments)
     : m_arguments(arguments)
 {
-    // The plug-in's debug lines are for developers: QT_LOGGING_RULES=default.debug=true
-    // shows them, since environment rules take precedence over these.
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 }
 
 Application::~Application()
@@ -153,13 +132,12 @@ int Application::run()
 
 int Application::dispatch()
 {
-    QCommandLineParser parser;
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption library = libraryOption();
-    const QCommandLineOption plugin = pluginOption();
-    const QCommandLineOption helpFlag = helpOption();
-    const QCommandLineOption versionFlag = versionOption();
-    const QCommandLineOption manFlag = manOption();
+    CommandLine parser(CommandLine::StopAtFirstArgument);
+    const CommandOption library = libraryOption();
+    const CommandOption plugin = pluginOption();
+    const CommandOption helpFlag = helpOption();
+    const CommandOption versionFlag = versionOption();
+    const CommandOption manFlag = manOption();
     parser.addOptions({ library, plugin, helpFlag, versionFlag, manFlag });
     if (!parser.parse(m_arguments))
         return usageError(parser.errorText());
@@ -187,6 +165,8 @@ int Application::dispatch()
         std::fputs(HelpText::programHelp().toUtf8().constData(), stderr);
         return UsageError;
     }
+    if (!command && rest.first().startsWith(QLatin1Char('-')))
+        return usageError(QStringLiteral("unknown option \"%1\"").arg(rest.first()));
     if (!command)
         return usageError(QStringLiteral("unknown command \"%1\"").arg(rest.first()));
     return runCommand(*command,
@@ -197,10 +177,10 @@ int Application::dispatch()
 int Application::runCommand(const Command& command, const QStringList& arguments)
 {
     // The global options may also follow the command word.
-    QCommandLineParser parser;
-    const QCommandLineOption library = libraryOption();
-    const QCommandLineOption plugin = pluginOption();
-    const QCommandLineOption helpFlag = helpOption();
+    CommandLine parser;
+    const CommandOption library = libraryOption();
+    const CommandOption plugin = pluginOption();
+    const CommandOption helpFlag = helpOption();
     parser.addOptions({ library, plugin, helpFlag });
     command.addOptions(parser);
     if (!parser.parse(arguments))
@@ -220,12 +200,12 @@ int Application::runCommand(const Command& command, const QStringList& arguments
     return command.run(*this, parser);
 }
 
-QList<QCommandLineOption> Application::commonOptions()
+QList<CommandOption> Application::commonOptions()
 {
     return { libraryOption(), pluginOption(), helpOption() };
 }
 
-QList<QCommandLineOption> Application::programOptions()
+QList<CommandOption> Application::programOptions()
 {
     return { versionOption(), manOption() };
 }

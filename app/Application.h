@@ -2,7 +2,7 @@
 #define APPLICATION_H
 
 #include <QByteArray>
-#include <QCommandLineOption>
+#include "CommandLine.h"
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -63,9 +63,9 @@ public:
     static QStringList pluginCandidates();
 
     // The options that every command takes, before or after its word.
-    static QList<QCommandLineOption> commonOptions();
+    static QList<CommandOption> commonOptions();
     // The options that only tamber without a command takes.
-    static QList<QCommandLineOption> programOptions();
+    static QList<CommandOption> programOptions();
 
     // Results to standard output. A write that fails (a closed pipe, a full
     // disk) is remembered and makes run() report it and return Failed.

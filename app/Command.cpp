@@ -1,6 +1,6 @@
 #include "Command.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 
 Command::~Command() = default;
 
@@ -9,7 +9,7 @@ QString Command::description() const
     return QString();
 }
 
-QList<QCommandLineOption> Command::options() const
+QList<CommandOption> Command::options() const
 {
     return {};
 }
@@ -29,9 +29,7 @@ bool Command::needsWindow() const
     return false;
 }
 
-void Command::addOptions(QCommandLineParser& parser) const
+void Command::addOptions(CommandLine& parser) const
 {
     parser.addOptions(options());
-    for (const Argument& argument : arguments())
-        parser.addPositionalArgument(argument.name, argument.description, argument.syntax);
 }

@@ -1,13 +1,12 @@
 #ifndef COMMAND_H
 #define COMMAND_H
 
-#include <QCommandLineOption>
+#include "CommandLine.h"
 #include <QList>
 #include <QString>
 #include <QVector>
 
 class Application;
-class QCommandLineParser;
 
 // One command of the tamber program ("import", "list", ...). Commands keep no
 // state between runs; CommandTable holds one of each. What a command says about
@@ -41,16 +40,16 @@ public:
     // blank line. A paragraph whose every line holds a tab is a table of
     // terms (before the tab) and their descriptions.
     virtual QString description() const;
-    virtual QList<QCommandLineOption> options() const;
+    virtual QList<CommandOption> options() const;
     virtual QVector<Argument> arguments() const;
     virtual QVector<Example> examples() const;
     // Whether the command opens a window. The others run on Qt's offscreen
     // platform when no display is available.
     virtual bool needsWindow() const;
-    // Adds options() and arguments() to the parser.
-    void addOptions(QCommandLineParser& parser) const;
+    // Adds options() to the parser; the arguments are the command's to check.
+    void addOptions(CommandLine& parser) const;
     // Runs with the parsed command line; returns the exit status.
-    virtual int run(Application& app, const QCommandLineParser& parser) const = 0;
+    virtual int run(Application& app, const CommandLine& parser) const = 0;
 };
 
 #endif

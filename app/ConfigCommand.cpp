@@ -4,7 +4,7 @@
 #include "HostTrace.h"
 #include "PagewiseSettings.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 
 namespace {
 const QString accountName = QStringLiteral("account-name");
@@ -53,7 +53,7 @@ QVector<Command::Example> ConfigCommand::examples() const
     };
 }
 
-int ConfigCommand::run(Application&, const QCommandLineParser& parser) const
+int ConfigCommand::run(Application&, const CommandLine& parser) const
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.isEmpty() || arguments.size() > 2)

@@ -13,7 +13,7 @@ public:
     QString description() const override;
     QVector<Argument> arguments() const override;
     QVector<Example> examples() const override;
-    int run(Application& app, const QCommandLineParser& parser) const override;
+    int run(Application& app, const CommandLine& parser) const override;
 };
 
 #endif

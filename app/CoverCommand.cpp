@@ -7,7 +7,7 @@
 #include "ParserHost.h"
 #include "PluginLoader.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 #include <QFileInfo>
 #include <QImageWriter>
 
@@ -35,9 +35,9 @@ QString CoverCommand::description() const
         "makes the exit status 1.");
 }
 
-QList<QCommandLineOption> CoverCommand::options() const
+QList<CommandOption> CoverCommand::options() const
 {
-    return { QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
+    return { CommandOption({ QStringLiteral("o"), QStringLiteral("output") },
         QStringLiteral("The image file to write (required)."), QStringLiteral("FILE")) };
 }
 
@@ -52,7 +52,7 @@ QVector<Command::Example> CoverCommand::examples() const
         QStringLiteral("Writes the cover as a JPEG file.") } };
 }
 
-int CoverCommand::run(Application& app, const QCommandLineParser& parser) const
+int CoverCommand::run(Application& app, const CommandLine& parser) const
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 1)

@@ -1,5 +1,7 @@
 #include "HelpText.h"
 
+#include "HostCompat.h"
+
 #include "Application.h"
 #include "Command.h"
 #include "CommandTable.h"
@@ -109,7 +111,7 @@ QVector<Command::Example> programExamples()
     };
 }
 
-QString optionTerm(const QCommandLineOption& option)
+QString optionTerm(const CommandOption& option)
 {
     QStringList names;
     for (const QString& name : option.names())
@@ -120,10 +122,10 @@ QString optionTerm(const QCommandLineOption& option)
     return term;
 }
 
-QVector<Row> optionRows(const QList<QCommandLineOption>& options)
+QVector<Row> optionRows(const QList<CommandOption>& options)
 {
     QVector<Row> rows;
-    for (const QCommandLineOption& option : options)
+    for (const CommandOption& option : options)
         rows << Row { optionTerm(option), option.description() };
     return rows;
 }
@@ -174,7 +176,7 @@ QVector<Row> tableRows(const QString& paragraph)
 // begins with prefix instead, when there is one.
 QString wrapped(const QString& text, int indent, const QString& prefix = QString())
 {
-    const QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QStringList words = text.split(QLatin1Char(' '), QtCompat::SkipEmptyParts);
     QString result;
     QString line = prefix.isNull() ? QString(indent, QLatin1Char(' ')) : prefix;
     bool lineHasWord = false;
@@ -216,7 +218,7 @@ QString plainTable(const QVector<Row>& rows, bool termsAlone = false)
 QString plainParagraphs(const QString& text)
 {
     QStringList blocks;
-    for (const QString& paragraph : text.split(QStringLiteral("\n\n"), Qt::SkipEmptyParts))
+    for (const QString& paragraph : text.split(QStringLiteral("\n\n"), QtCompat::SkipEmptyParts))
         blocks << (isTable(paragraph) ? plainTable(tableRows(paragraph)) : wrapped(paragraph, 0));
     return blocks.join(QLatin1Char('\n'));
 }
@@ -262,7 +264,7 @@ QString roffBold(const QString& code)
     return QStringLiteral("\\fB%1\\fR").arg(roffCode(code));
 }
 
-QString roffOptionTerm(const QCommandLineOption& option)
+QString roffOptionTerm(const CommandOption& option)
 {
     QStringList names;
     for (const QString& name : option.names())
@@ -284,10 +286,10 @@ QString roffTable(const QVector<Row>& rows, bool termsAreCode)
     return text;
 }
 
-QString roffOptions(const QList<QCommandLineOption>& options)
+QString roffOptions(const QList<CommandOption>& options)
 {
     QString text;
-    for (const QCommandLineOption& option : options)
+    for (const CommandOption& option : options)
         text += QStringLiteral(".TP\n%1\n%2\n")
                     .arg(roffOptionTerm(option), roffText(option.description()));
     return text;
@@ -296,7 +298,7 @@ QString roffOptions(const QList<QCommandLineOption>& options)
 QString roffParagraphs(const QString& text)
 {
     QString roff;
-    for (const QString& paragraph : text.split(QStringLiteral("\n\n"), Qt::SkipEmptyParts)) {
+    for (const QString& paragraph : text.split(QStringLiteral("\n\n"), QtCompat::SkipEmptyParts)) {
         if (isTable(paragraph))
             roff += roffTable(tableRows(paragraph), true);
         else
@@ -355,7 +357,7 @@ QString HelpText::commandHelp(const Command& command)
     const QVector<Row> arguments = argumentRows(command);
     if (!arguments.isEmpty())
         text += plainSection(QStringLiteral("Arguments"), plainTable(arguments));
-    const QList<QCommandLineOption> options = command.options();
+    const QList<CommandOption> options = command.options();
     if (!options.isEmpty())
         text += plainSection(QStringLiteral("Options"), plainTable(optionRows(options)));
     text += plainSection(
@@ -394,7 +396,7 @@ QString HelpText::manPage()
         const QVector<Row> arguments = argumentRows(*command);
         if (!arguments.isEmpty())
             roff += roffLabel(QStringLiteral("Arguments")) + roffTable(arguments, true);
-        const QList<QCommandLineOption> options = command->options();
+        const QList<CommandOption> options = command->options();
         if (!options.isEmpty())
             roff += roffLabel(QStringLiteral("Options")) + roffOptions(options);
         const QVector<Command::Example> examples = command->examples();

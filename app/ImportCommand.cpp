@@ -9,7 +9,7 @@
 #include "PluginLoader.h"
 #include "ProgressBar.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 #include <QFileInfo>
 #include <QHash>
 
@@ -95,7 +95,7 @@ QVector<Command::Example> ImportCommand::examples() const
     };
 }
 
-int ImportCommand::run(Application& app, const QCommandLineParser& parser) const
+int ImportCommand::run(Application& app, const CommandLine& parser) const
 {
     QStringList paths = parser.positionalArguments();
     if (paths.isEmpty())

@@ -45,14 +45,13 @@ QSet<QString> unrepresentableNames(const QString& folder, QStringList* problems)
 ImportFileFinder::ImportFileFinder(const QStringList& patterns)
 {
     for (const QString& pattern : patterns)
-        m_patterns << QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern),
-            QRegularExpression::CaseInsensitiveOption);
+        m_patterns << QRegExp(pattern, Qt::CaseInsensitive, QRegExp::Wildcard);
 }
 
 bool ImportFileFinder::matches(const QString& fileName) const
 {
-    for (const QRegularExpression& pattern : m_patterns) {
-        if (pattern.match(fileName).hasMatch())
+    for (const QRegExp& pattern : m_patterns) {
+        if (pattern.exactMatch(fileName))
             return true;
     }
     return false;

@@ -1,7 +1,7 @@
 #ifndef IMPORTFILEFINDER_H
 #define IMPORTFILEFINDER_H
 
-#include <QRegularExpression>
+#include <QRegExp>
 #include <QStringList>
 #include <QVector>
 
@@ -25,7 +25,7 @@ public:
 private:
     QStringList filesIn(const QString& folder, QStringList* problems) const;
 
-    QVector<QRegularExpression> m_patterns;
+    QVector<QRegExp> m_patterns;
 };
 
 #endif

@@ -5,7 +5,7 @@
 #include "ReadingStatus.h"
 #include "TraceJson.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 
 QString ListCommand::name() const
 {
@@ -31,9 +31,9 @@ QString ListCommand::description() const
         "nothing.");
 }
 
-QList<QCommandLineOption> ListCommand::options() const
+QList<CommandOption> ListCommand::options() const
 {
-    return { QCommandLineOption(QStringLiteral("json"),
+    return { CommandOption(QStringLiteral("json"),
         QStringLiteral("Prints a JSON array of book records instead, each with the fields "
                        "id, title, author, description, mimeType, date, contentType, userId, "
                        "imageId, pageCount, readStatus, bookmarkedPageId and percentRead.")) };
@@ -45,7 +45,7 @@ QVector<Command::Example> ListCommand::examples() const
         QStringLiteral("Prints the books as JSON, for a script to read.") } };
 }
 
-int ListCommand::run(Application& app, const QCommandLineParser& parser) const
+int ListCommand::run(Application& app, const CommandLine& parser) const
 {
     if (!parser.positionalArguments().isEmpty())
         return Application::usageError(QStringLiteral("list takes no arguments"), this);

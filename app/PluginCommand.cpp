@@ -5,7 +5,7 @@
 #include "PluginLoader.h"
 #include "TraceJson.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 #include <QFileInfo>
 
 QString PluginCommand::name() const
@@ -33,9 +33,9 @@ QString PluginCommand::description() const
         "differ from the device's is refused with exit status 2.");
 }
 
-QList<QCommandLineOption> PluginCommand::options() const
+QList<CommandOption> PluginCommand::options() const
 {
-    return { QCommandLineOption(QStringLiteral("json"),
+    return { CommandOption(QStringLiteral("json"),
         QStringLiteral("Prints {\"file\", \"verification\", \"mimeTypes\", "
                        "\"fileExtensions\"} as JSON instead.")) };
 }
@@ -46,7 +46,7 @@ QVector<Command::Example> PluginCommand::examples() const
         QStringLiteral("Checks a freshly built plug-in.") } };
 }
 
-int PluginCommand::run(Application& app, const QCommandLineParser& parser) const
+int PluginCommand::run(Application& app, const CommandLine& parser) const
 {
     if (!parser.positionalArguments().isEmpty())
         return Application::usageError(QStringLiteral("plugin takes no arguments"), this);

@@ -2,6 +2,7 @@
 
 #include "Application.h"
 #include "BookArgument.h"
+#include "Display.h"
 #include "GestureRegistration.h"
 #include "Library.h"
 #include "PluginLoader.h"
@@ -9,8 +10,7 @@
 #include "SessionView.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
-#include <QScreen>
+#include "CommandLine.h"
 
 namespace {
 
@@ -19,11 +19,11 @@ const QSize deviceScreen(1072, 1448);
 // The device's screen, shrunk to fit the display when that is smaller.
 QSize defaultScreen()
 {
-    const QScreen* display = QGuiApplication::primaryScreen();
-    if (!display)
+    const QSize available = Display::availableSize();
+    if (!available.isValid())
         return deviceScreen;
     // Leaves room for the window's frame.
-    const QSize room = display->availableGeometry().size() * 0.9;
+    const QSize room = available * 0.9;
     if (room.width() >= deviceScreen.width() && room.height() >= deviceScreen.height())
         return deviceScreen;
     return deviceScreen.scaled(room, Qt::KeepAspectRatio);
@@ -81,9 +81,9 @@ QString ReadCommand::description() const
         "as it was; a book that showed no page keeps its reading status too.");
 }
 
-QList<QCommandLineOption> ReadCommand::options() const
+QList<CommandOption> ReadCommand::options() const
 {
-    return { QCommandLineOption(QStringLiteral("size"),
+    return { CommandOption(QStringLiteral("size"),
         QStringLiteral("The emulated screen in pixels (default: %1x%2, the device's, shrunk "
                        "to fit the display).")
             .arg(deviceScreen.width())
@@ -106,7 +106,7 @@ QVector<Command::Example> ReadCommand::examples() const
     };
 }
 
-int ReadCommand::run(Application& app, const QCommandLineParser& parser) const
+int ReadCommand::run(Application& app, const CommandLine& parser) const
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 1)
@@ -116,12 +116,9 @@ int ReadCommand::run(Application& app, const QCommandLineParser& parser) const
         && !SessionView::parseSize(parser.value(QStringLiteral("size")), &screen))
         return Application::usageError(
             QStringLiteral("--size takes %1").arg(SessionView::sizeHint()), this);
-    // A window on these platforms would never show, and reading would never end.
-    const QString platform = QGuiApplication::platformName();
-    if (platform == QLatin1String("offscreen") || platform == QLatin1String("minimal")) {
-        Application::warn(
-            QStringLiteral("read opens a window, which the \"%1\" platform cannot show")
-                .arg(platform));
+    const QString problem = Display::windowProblem();
+    if (!problem.isEmpty()) {
+        Application::warn(QStringLiteral("read opens a window, and %1").arg(problem));
         return Application::UsageError;
     }
     const Application::OpenedBook opened = app.openBook(arguments.first());

@@ -12,10 +12,10 @@ public:
     QString summary() const override;
     bool needsWindow() const override;
     QString description() const override;
-    QList<QCommandLineOption> options() const override;
+    QList<CommandOption> options() const override;
     QVector<Argument> arguments() const override;
     QVector<Example> examples() const override;
-    int run(Application& app, const QCommandLineParser& parser) const override;
+    int run(Application& app, const CommandLine& parser) const override;
 };
 
 #endif

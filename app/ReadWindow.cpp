@@ -87,17 +87,17 @@ QWidget* ReadWindow::createView(PluginInterface* plugin, const QSize& screen)
     auto* controls = new ReadWindowControls(view, m_container, this);
     connect(view, SIGNAL(processTap(TapGesture*)), controls, SLOT(tap(TapGesture*)));
     connect(view, SIGNAL(processSwipe(SwipeGesture*)), controls, SLOT(swipe(SwipeGesture*)));
-    connect(controls, &ReadWindowControls::closeRequested, this, &QWidget::close);
+    connect(controls, SIGNAL(closeRequested()), this, SLOT(close()));
 
-    connect(MainWindowController::sharedInstance(), &MainWindowController::cleared, this,
-        &ReadWindow::endOfBook);
-    connect(m_container, &QObject::destroyed, this, &ReadWindow::containerDestroyed);
+    connect(MainWindowController::sharedInstance(), SIGNAL(cleared()), this, SLOT(endOfBook()));
+    connect(m_container, SIGNAL(destroyed()), this, SLOT(containerDestroyed()));
     if (ImageReaderDelegate* reader = imageReader(view)) {
         // A pinch tells its zoom with the offset, any other change without.
-        connect(reader->zoomController(), &ZoomController::zoomFactorUpdated, this,
-            &ReadWindow::updateIndicators);
-        connect(reader->zoomController(), &ZoomController::zoomFactorUpdatedWithOffset, this,
-            &ReadWindow::updateIndicators);
+        connect(reader->zoomController(), SIGNAL(zoomFactorUpdated(double, double)), this,
+            SLOT(updateIndicators()));
+        connect(reader->zoomController(),
+            SIGNAL(zoomFactorUpdatedWithOffset(double, double, QPointF)), this,
+            SLOT(updateIndicators()));
     }
     return view;
 }

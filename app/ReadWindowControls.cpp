@@ -28,15 +28,15 @@ ReadWindowControls::ReadWindowControls(QWidget* view, QWidget* screen, QWidget* 
     m_dogEar = m_menu->addAction(QStringLiteral("Dog ear"));
     m_dogEar->setCheckable(true);
     // toggled would also fire when the menu is set up to show the page's state.
-    connect(m_dogEar, &QAction::triggered, this, &ReadWindowControls::setDogEar);
+    connect(m_dogEar, SIGNAL(triggered(bool)), this, SLOT(setDogEar(bool)));
     m_menu->addSeparator();
-    connect(m_menu->addAction(QStringLiteral("Fit width")), &QAction::triggered, this,
-        &ReadWindowControls::fitWidth);
-    connect(m_menu->addAction(QStringLiteral("Fit height")), &QAction::triggered, this,
-        &ReadWindowControls::fitHeight);
+    connect(m_menu->addAction(QStringLiteral("Fit width")), SIGNAL(triggered()), this,
+        SLOT(fitWidth()));
+    connect(m_menu->addAction(QStringLiteral("Fit height")), SIGNAL(triggered()), this,
+        SLOT(fitHeight()));
     m_menu->addSeparator();
-    connect(m_menu->addAction(QStringLiteral("Close")), &QAction::triggered, this,
-        &ReadWindowControls::closeRequested);
+    connect(m_menu->addAction(QStringLiteral("Close")), SIGNAL(triggered()), this,
+        SIGNAL(closeRequested()));
 }
 
 ReadWindowControls::Action ReadWindowControls::tapAction(const QPoint& position, int screenWidth)

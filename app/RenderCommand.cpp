@@ -11,7 +11,7 @@
 #include "SessionView.h"
 #include "ZoomController.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 #include <QCoreApplication>
 #include <QWidget>
 
@@ -63,25 +63,25 @@ QString RenderCommand::description() const
         "decoded makes the exit status 1, and so does a page beyond the book's last.");
 }
 
-QList<QCommandLineOption> RenderCommand::options() const
+QList<CommandOption> RenderCommand::options() const
 {
     return {
-        QCommandLineOption(QStringLiteral("page"),
+        CommandOption(QStringLiteral("page"),
             QStringLiteral("The page, counted from 1 (default: 1)."), QStringLiteral("N")),
-        QCommandLineOption(QStringLiteral("size"),
+        CommandOption(QStringLiteral("size"),
             QStringLiteral("The emulated screen in pixels, each side from 1 to %1 (default: "
                            "1072x1448, the device's).")
                 .arg(SessionView::maximumSide),
             QStringLiteral("WxH")),
-        QCommandLineOption(QStringLiteral("zoom"),
+        CommandOption(QStringLiteral("zoom"),
             QStringLiteral("The zoom factor, from 1 to 3: 1 fits the page to the screen, 2 "
                            "shows its top left part at twice that size (default: 1)."),
             QStringLiteral("Z")),
-        QCommandLineOption(QStringLiteral("orientation"),
+        CommandOption(QStringLiteral("orientation"),
             QStringLiteral("0 or 2 upright, 1 or 3 turned to landscape (default: as the page "
                            "decides)."),
             QStringLiteral("O")),
-        QCommandLineOption({ QStringLiteral("o"), QStringLiteral("output") },
+        CommandOption({ QStringLiteral("o"), QStringLiteral("output") },
             QStringLiteral("The image file to write (required)."), QStringLiteral("FILE")),
     };
 }
@@ -103,7 +103,7 @@ QVector<Command::Example> RenderCommand::examples() const
     };
 }
 
-int RenderCommand::run(Application& app, const QCommandLineParser& parser) const
+int RenderCommand::run(Application& app, const CommandLine& parser) const
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 1)

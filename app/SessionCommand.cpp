@@ -7,7 +7,7 @@
 #include "SessionScript.h"
 #include "SessionView.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 #include <QFile>
 
 #include <iostream>
@@ -86,9 +86,9 @@ QString SessionCommand::description() const
         "only).");
 }
 
-QList<QCommandLineOption> SessionCommand::options() const
+QList<CommandOption> SessionCommand::options() const
 {
-    return { QCommandLineOption(QStringLiteral("size"),
+    return { CommandOption(QStringLiteral("size"),
         QStringLiteral("The emulated screen in pixels (default: 1072x1448, the device's)."),
         QStringLiteral("WxH")) };
 }
@@ -112,7 +112,7 @@ QVector<Command::Example> SessionCommand::examples() const
     };
 }
 
-int SessionCommand::run(Application& app, const QCommandLineParser& parser) const
+int SessionCommand::run(Application& app, const CommandLine& parser) const
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() > 1)

@@ -4,30 +4,23 @@
 #include "SwipeGesture.h"
 #include "TapGesture.h"
 
-#include <QLoggingCategory>
+#include "HostCompat.h"
 
 using namespace TraceJson;
-
-namespace {
-
-QtMessageHandler previousHandler = nullptr;
-
-} // namespace
 
 SessionTracer::SessionTracer(QObject* parent)
     : QObject(parent)
 {
     HostTrace::setObserver(this);
-    previousHandler = qInstallMessageHandler(&SessionTracer::messageHandler);
+    HostCompat::installMessageHandler(&SessionTracer::messageHandler);
     // The plug-in's debug lines belong to the trace; QT_LOGGING_RULES still
     // takes precedence.
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
+    HostCompat::showDebugLines(true);
 }
 
 SessionTracer::~SessionTracer()
 {
-    qInstallMessageHandler(previousHandler);
-    previousHandler = nullptr;
+    HostCompat::installMessageHandler(nullptr);
     if (HostTrace::observer() == this)
         HostTrace::setObserver(nullptr);
 }
@@ -144,13 +137,11 @@ void SessionTracer::write(const QByteArray& json)
     Application::print(json + '\n');
 }
 
-void SessionTracer::messageHandler(
-    QtMsgType type, const QMessageLogContext& context, const QString& message)
+void SessionTracer::messageHandler(QtMsgType type, const QString& message)
 {
     // Warnings and worse are for the person running the session.
     if (type != QtDebugMsg) {
-        if (previousHandler)
-            previousHandler(type, context, message);
+        HostCompat::writeMessage(message);
         return;
     }
     QString text = message;

@@ -56,7 +56,7 @@ private:
     static void signal(const char* name, const char* from, const QVector<QByteArray>& args = {});
     static void write(const QByteArray& json);
     static void messageHandler(
-        QtMsgType type, const QMessageLogContext& context, const QString& message);
+        QtMsgType type, const QString& message);
 };
 
 #endif

@@ -33,7 +33,7 @@ void waitUntilMapped(QWidget* window)
     timer.start();
     while (!window->testAttribute(Qt::WA_Mapped) && timer.elapsed() < 5000) {
         QEventLoop loop;
-        QTimer::singleShot(5, &loop, &QEventLoop::quit);
+        QTimer::singleShot(5, &loop, SLOT(quit()));
         loop.exec();
     }
 }
@@ -101,7 +101,7 @@ void SessionView::wait(int milliseconds)
 {
     if (milliseconds > 0) {
         QEventLoop loop;
-        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        QTimer::singleShot(milliseconds, &loop, SLOT(quit()));
         loop.exec();
     }
     QCoreApplication::processEvents();

@@ -6,7 +6,7 @@
 #include "ReadingStatus.h"
 #include "TraceJson.h"
 
-#include <QCommandLineParser>
+#include "CommandLine.h"
 
 QString ShowCommand::name() const
 {
@@ -32,9 +32,9 @@ QString ShowCommand::description() const
         "reading order: its 0-based index, its title and its id.");
 }
 
-QList<QCommandLineOption> ShowCommand::options() const
+QList<CommandOption> ShowCommand::options() const
 {
-    return { QCommandLineOption(QStringLiteral("json"),
+    return { CommandOption(QStringLiteral("json"),
         QStringLiteral("Prints {\"volume\": BOOK, \"pages\": [PAGE, ...]} as JSON instead; "
                        "a page record has the fields id, title, bookId, volumeIndex, "
                        "contentType, mimeType and userId.")) };
@@ -51,7 +51,7 @@ QVector<Command::Example> ShowCommand::examples() const
         QStringLiteral("Shows the book imported from that file, and its pages.") } };
 }
 
-int ShowCommand::run(Application& app, const QCommandLineParser& parser) const
+int ShowCommand::run(Application& app, const CommandLine& parser) const
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 1)

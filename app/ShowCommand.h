@@ -11,10 +11,10 @@ public:
     QString synopsis() const override;
     QString summary() const override;
     QString description() const override;
-    QList<QCommandLineOption> options() const override;
+    QList<CommandOption> options() const override;
     QVector<Argument> arguments() const override;
     QVector<Example> examples() const override;
-    int run(Application& app, const QCommandLineParser& parser) const override;
+    int run(Application& app, const CommandLine& parser) const override;
 };
 
 #endif

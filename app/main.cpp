@@ -1,6 +1,7 @@
 #include "Application.h"
+#include "Display.h"
+#include "HostCompat.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QStringList>
@@ -32,11 +33,14 @@ int main(int argc, char** argv)
     }
     if (!Application::prepareEnvironment(arguments))
         return Application::UsageError;
+    // The plug-in's debug lines are for developers: QT_LOGGING_RULES=default.debug=true
+    // shows them, since environment rules take precedence over these.
+    HostCompat::showDebugLines(false);
 
     // The command line is tamber's alone: Qt would take "--plugin FILE" as
     // its own option. Widgets, because the plug-in's reading view is one.
     int qtArgc = 1;
-    QApplication qtApplication(qtArgc, argv);
+    const std::unique_ptr<QApplication> qtApplication = Display::makeApplication(qtArgc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tamber"));
     QCoreApplication::setOrganizationName(QStringLiteral("tamber"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TAMBER_VERSION));

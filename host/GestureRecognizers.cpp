@@ -8,11 +8,11 @@
 
 #include "DragGesture.h"
 #include "GestureRegistration.h"
+#include "HostCompat.h"
 #include "PinchGesture.h"
 #include "SwipeGesture.h"
 #include "TapGesture.h"
 
-#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineF>
 #include <QMouseEvent>
@@ -40,40 +40,6 @@ struct Contact
     unsigned long time = 0;
 };
 
-// Qt 4's input events carry no time: there the recognizers read the clock
-// when the event arrives.
-unsigned long eventTime(const QInputEvent* event)
-{
-#if QT_VERSION >= 0x050000
-    return event->timestamp();
-#else
-    Q_UNUSED(event);
-    static QElapsedTimer clock;
-    if (!clock.isValid())
-        clock.start();
-    return static_cast<unsigned long>(clock.elapsed());
-#endif
-}
-
-// The wheel's turn in eighths of a degree, up positive, and where it turned.
-int wheelAngle(const QWheelEvent* wheel)
-{
-#if QT_VERSION >= 0x050000
-    return wheel->angleDelta().y();
-#else
-    return wheel->orientation() == Qt::Vertical ? wheel->delta() : 0;
-#endif
-}
-
-QPointF wheelPosition(const QWheelEvent* wheel)
-{
-#if QT_VERSION >= 0x050000
-    return wheel->globalPosition();
-#else
-    return QPointF(wheel->globalPos());
-#endif
-}
-
 Contact contact(Contact::Phase phase, const QPointF& position, unsigned long time)
 {
     Contact result;
@@ -93,13 +59,13 @@ Contact contactOf(const QEvent* event)
         if (event->type() == QEvent::MouseMove) {
             if (!(mouse->buttons() & Qt::LeftButton))
                 return Contact();
-            return contact(Contact::Move, QPointF(mouse->globalPos()), eventTime(mouse));
+            return contact(Contact::Move, QPointF(mouse->globalPos()), HostCompat::eventTime(mouse));
         }
         if (mouse->button() != Qt::LeftButton)
             return Contact();
         return contact(
             event->type() == QEvent::MouseButtonPress ? Contact::Press : Contact::Release,
-            QPointF(mouse->globalPos()), eventTime(mouse));
+            QPointF(mouse->globalPos()), HostCompat::eventTime(mouse));
     }
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
@@ -107,11 +73,11 @@ Contact contactOf(const QEvent* event)
         const auto* touch = static_cast<const QTouchEvent*>(event);
         // A second finger makes the gesture a pinch.
         if (touch->touchPoints().size() != 1)
-            return contact(Contact::Cancel, QPointF(), eventTime(touch));
+            return contact(Contact::Cancel, QPointF(), HostCompat::eventTime(touch));
         const Contact::Phase phase = event->type() == QEvent::TouchBegin ? Contact::Press
             : event->type() == QEvent::TouchEnd                          ? Contact::Release
                                                                          : Contact::Move;
-        return contact(phase, touch->touchPoints().first().screenPos(), eventTime(touch));
+        return contact(phase, touch->touchPoints().first().screenPos(), HostCompat::eventTime(touch));
     }
     case QtCompat::TouchCancel:
         return contact(Contact::Cancel, QPointF(), 0);
@@ -375,11 +341,11 @@ QGestureRecognizer::Result recognizeFingers(TrackedPinch* pinch, const QTouchEve
 
 QGestureRecognizer::Result recognizeWheel(TrackedPinch* pinch, const QWheelEvent* wheel)
 {
-    const double steps = double(wheelAngle(wheel)) / WheelStepAngle;
+    const double steps = double(HostCompat::wheelAngle(wheel)) / WheelStepAngle;
     if (steps == 0)
         return QGestureRecognizer::Ignore;
     pinch->setScaleFactor(std::pow(WheelStepScale, steps));
-    pinch->setCenterPoint(wheelPosition(wheel));
+    pinch->setCenterPoint(HostCompat::wheelPosition(wheel));
     pinch->track.source = PinchTrack::Wheel;
     // The wheel zooms here and scrolls nothing else.
     return QGestureRecognizer::TriggerGesture | QGestureRecognizer::ConsumeEventHint;

@@ -7,27 +7,16 @@
 #include "TapGesture.h"
 #include "TwoFingerScrollGesture.h"
 
-#if QT_VERSION >= 0x050000
-#include <QtWidgets/private/qgesture_p.h>
-#else
 #include <cstring>
-#endif
 
 namespace {
 
-#if QT_VERSION >= 0x050000
-
-QGesturePrivate* fieldsOf(QGesture* gesture)
-{
-    return static_cast<QGesturePrivate*>(QObjectPrivate::get(gesture));
-}
-
-#else
-
-// Qt 4 installs no private headers. Its QGesturePrivate begins, after the
-// QObject part, with the gesture type and state, and then the hot spot. Their
-// place is found once, on a gesture of our own with a hot spot set through
-// the public interface; every write is checked through the public getters.
+// Qt installs no private headers for the device's Qt, so the gesture's type
+// and state are found in its private part the same way under both Qts: that
+// part begins, after the QObject part, with the gesture type and state, and
+// then the hot spot. Their place is found once, on a gesture of our own with
+// a hot spot set through the public interface; every write is checked
+// through the public getters.
 struct GestureFields
 {
     Qt::GestureType gestureType;
@@ -60,7 +49,7 @@ std::size_t fieldsOffset()
                 return at - gap;
         }
     }
-    qFatal("QGesture's private layout is not the one Qt 4.8 has");
+    qFatal("QGesture's private layout is not the one this host knows");
     return 0;
 }
 
@@ -70,14 +59,13 @@ GestureFields* fieldsOf(QGesture* gesture)
     return reinterpret_cast<GestureFields*>(ProbeGesture::privateData(gesture) + offset);
 }
 
-#endif
-
 // QGesture keeps its state for the gesture manager; gestures that the host
 // makes by hand (scripted sessions, tests) set it here.
 void setState(QGesture* gesture, Qt::GestureState state)
 {
     fieldsOf(gesture)->state = state;
-    Q_ASSERT(gesture->state() == state);
+    if (gesture->state() != state)
+        qFatal("a gesture's state could not be set");
 }
 
 // Qt delivers a gesture only to widgets that grabbed its type. The recognizers'
@@ -85,7 +73,8 @@ void setState(QGesture* gesture, Qt::GestureState state)
 void setType(QGesture* gesture, Qt::GestureType type)
 {
     fieldsOf(gesture)->gestureType = type;
-    Q_ASSERT(gesture->gestureType() == type);
+    if (gesture->gestureType() != type)
+        qFatal("a gesture's type could not be set");
 }
 
 } // namespace

@@ -3,21 +3,26 @@
 #include "SwipeGesture.h"
 #include "TapGesture.h"
 
+#include "HostCompat.h"
+
 #include <QGesture>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonValue>
 #include <QUrl>
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <string>
 
 namespace TraceJson {
 
 namespace {
 
-// Qt's writer does the escaping and number formatting of single values.
-QByteArray scalar(const QJsonValue& value)
+// nlohmann's writer does the escaping and number formatting of single values;
+// text that is not UTF-8 (lone surrogates) is written with U+FFFD.
+QByteArray scalar(const nlohmann::json& value)
 {
-    const QByteArray text = QJsonDocument(QJsonArray { value }).toJson(QJsonDocument::Compact);
-    return text.mid(1, text.size() - 2);
+    const std::string text = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return QByteArray(text.data(), int(text.size()));
 }
 
 // An attribute the record does not carry is null, not an empty string.
@@ -72,7 +77,8 @@ QByteArray array(const QVector<QByteArray>& items)
 
 QByteArray string(const QString& text)
 {
-    return scalar(QJsonValue(text));
+    const QByteArray utf8 = text.toUtf8();
+    return scalar(std::string(utf8.constData(), size_t(utf8.size())));
 }
 
 QByteArray strings(const QStringList& texts)
@@ -85,7 +91,11 @@ QByteArray strings(const QStringList& texts)
 
 QByteArray number(double value)
 {
-    return scalar(QJsonValue(value));
+    // Whole numbers without a fraction ("2", not "2.0"); NaN and infinities
+    // have no JSON form and are null.
+    if (std::isfinite(value) && value == std::trunc(value) && std::fabs(value) < 9.0e15)
+        return scalar(static_cast<long long>(value));
+    return scalar(value);
 }
 
 QByteArray boolean(bool value)
@@ -100,7 +110,7 @@ QByteArray null()
 
 QByteArray dateTime(const QDateTime& date)
 {
-    return date.isValid() ? string(date.toUTC().toString(Qt::ISODateWithMs)) : null();
+    return date.isValid() ? string(date.toUTC().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss.zzz'Z'"))) : null();
 }
 
 QByteArray volume(const Volume& volume)
@@ -189,16 +199,16 @@ QByteArray value(const QVariant& value)
         return bookmark(value.value<Bookmark>());
     if (type == qMetaTypeId<QVector<Pagelet>>())
         return pageletCount(value.value<QVector<Pagelet>>());
-    if (QMetaType::typeFlags(type) & QMetaType::PointerToQObject) {
+    if (!value.isValid())
+        return null();
+    // Objects travel as QObject*, gestures among them.
+    if (type == QMetaType::QObjectStar) {
         QObject* object = value.value<QObject*>();
         if (auto asGesture = qobject_cast<QGesture*>(object))
             return gesture(asGesture);
         return object ? string(QString::fromLatin1(object->metaObject()->className())) : null();
     }
     switch (type) {
-    case QMetaType::UnknownType:
-    case QMetaType::Nullptr:
-        return null();
     case QMetaType::QImage:
         return image(value.value<QImage>());
     case QMetaType::QDateTime:

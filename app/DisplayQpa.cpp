@@ -1,0 +1,49 @@
+// Qt 5: a platform plug-in; window-less commands draw offscreen.
+#include "Display.h"
+
+#include "Application.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace Display {
+
+bool prepare(const QString& command, bool needsWindow)
+{
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        return true;
+    // Commands without a window never need a display, not even when one is there.
+    if (!needsWindow) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        return true;
+    }
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        Application::warn(QStringLiteral("'%1' opens a window, and no display is available "
+                                         "(DISPLAY is not set); try it under xvfb-run")
+                              .arg(command));
+        return false;
+    }
+    return true;
+}
+
+std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
+{
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+QString windowProblem()
+{
+    // A window on these platforms would never show, and reading would never end.
+    const QString platform = QGuiApplication::platformName();
+    if (platform == QLatin1String("offscreen") || platform == QLatin1String("minimal"))
+        return QStringLiteral("the \"%1\" platform cannot show it").arg(platform);
+    return QString();
+}
+
+QSize availableSize()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->availableGeometry().size() : QSize();
+}
+
+} // namespace Display
