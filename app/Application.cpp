@@ -1,4 +1,5 @@
 #include "Application.h"
+#include "HostCompat.h"
 
 #include "BookArgument.h"
 #include "Command.h"
@@ -223,7 +224,7 @@ bool Application::openLibrary(LibraryUse use)
 {
     if (Library::isOpen())
         return true;
-    if (use == MustExist && !QFileInfo::exists(libraryPath())) {
+    if (use == MustExist && !QFileInfo(libraryPath()).exists()) {
         warn(QStringLiteral("%1: no such library; \"tamber import\" makes one").arg(libraryPath()));
         return false;
     }
@@ -281,7 +282,7 @@ QString Application::pluginPath() const
     if (!qEnvironmentVariableIsEmpty("TAMBER_PLUGIN"))
         return qEnvironmentVariable("TAMBER_PLUGIN");
     for (const QString& candidate : pluginCandidates()) {
-        if (QFileInfo::exists(candidate))
+        if (QFileInfo(candidate).exists())
             return candidate;
     }
     return QString();

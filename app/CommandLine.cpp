@@ -1,4 +1,5 @@
 #include "CommandLine.h"
+#include "HostCompat.h"
 
 #include <CLI/CLI.hpp>
 

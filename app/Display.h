@@ -2,6 +2,7 @@
 #define DISPLAY_H
 
 #include <QApplication>
+#include <QImage>
 #include <QSize>
 #include <QString>
 
@@ -23,6 +24,10 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
 QString windowProblem();
 // The room for a window on the display, or an invalid size when unknown.
 QSize availableSize();
+// Paints the widget now, onto the screen.
+void paint(QWidget* widget);
+// What the widget last painted, as the screen has it.
+QImage paintedImage(QWidget* widget);
 
 } // namespace Display
 

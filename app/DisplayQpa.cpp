@@ -3,8 +3,10 @@
 
 #include "Application.h"
 
+#include <QBackingStore>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWidget>
 
 namespace Display {
 
@@ -44,6 +46,25 @@ QSize availableSize()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? screen->availableGeometry().size() : QSize();
+}
+
+void paint(QWidget* widget)
+{
+    widget->repaint();
+}
+
+QImage paintedImage(QWidget* widget)
+{
+    // The window's backing store holds the pixels as they were painted.
+    QWidget* window = widget->window();
+    QBackingStore* store = window->backingStore();
+    QPaintDevice* device = store ? store->paintDevice() : nullptr;
+    if (!device || device->devType() != QInternal::Image)
+        return widget->grab().toImage();
+    const auto* image = static_cast<const QImage*>(device);
+    const qreal ratio = image->devicePixelRatio();
+    const QRect area(widget->mapTo(window, QPoint()), widget->size());
+    return image->copy(QRect(area.topLeft() * ratio, area.size() * ratio));
 }
 
 } // namespace Display

@@ -10,6 +10,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPixmap>
+#include <QPointer>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -52,6 +54,21 @@ int claimDisplay()
         ::close(fd);
     }
     return -1;
+}
+
+// The memory screen of a window-less run shows no window: the program's own
+// display server allocates them no region, so a repaint paints nothing. The
+// widget paints into an image instead, which stands for the screen.
+struct Screen
+{
+    QPointer<QWidget> widget;
+    QImage image;
+};
+
+Screen& screen()
+{
+    static Screen shown;
+    return shown;
 }
 
 } // namespace
@@ -106,6 +123,17 @@ QString windowProblem()
 QSize availableSize()
 {
     return QApplication::desktop()->availableGeometry().size();
+}
+
+void paint(QWidget* widget)
+{
+    screen().image = QPixmap::grabWidget(widget).toImage();
+    screen().widget = widget;
+}
+
+QImage paintedImage(QWidget* widget)
+{
+    return screen().widget == widget ? screen().image : QImage();
 }
 
 } // namespace Display

@@ -1,4 +1,5 @@
 #include "FileProblem.h"
+#include "HostCompat.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -220,7 +220,7 @@ QString plainParagraphs(const QString& text)
     QStringList blocks;
     for (const QString& paragraph : text.split(QStringLiteral("\n\n"), QtCompat::SkipEmptyParts))
         blocks << (isTable(paragraph) ? plainTable(tableRows(paragraph)) : wrapped(paragraph, 0));
-    return blocks.join(QLatin1Char('\n'));
+    return blocks.join(QStringLiteral("\n"));
 }
 
 QString plainSection(const QString& title, const QString& body)
@@ -247,7 +247,7 @@ QString roffText(QString text)
         if (line.startsWith(QLatin1Char('.')) || line.startsWith(QLatin1Char('\'')))
             line.prepend(QStringLiteral("\\&"));
     }
-    return lines.join(QLatin1Char('\n'));
+    return lines.join(QStringLiteral("\n"));
 }
 
 // Command lines and option names: minus signs and straight quotes as typed.

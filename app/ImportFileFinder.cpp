@@ -1,4 +1,5 @@
 #include "ImportFileFinder.h"
+#include "HostCompat.h"
 
 #include "Application.h"
 #include "FileProblem.h"

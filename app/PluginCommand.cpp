@@ -75,8 +75,8 @@ int PluginCommand::run(Application& app, const CommandLine& parser) const
     for (int i = 0; i < fields.size(); ++i)
         Application::printLine((i == 0 ? QStringLiteral("verification:  ") : indent) + fields.at(i));
     Application::printLine(
-        QStringLiteral("MIME types:    %1").arg(mimeTypes.join(QLatin1Char(' '))));
+        QStringLiteral("MIME types:    %1").arg(mimeTypes.join(QStringLiteral(" "))));
     Application::printLine(
-        QStringLiteral("file patterns: %1").arg(patterns.join(QLatin1Char(' '))));
+        QStringLiteral("file patterns: %1").arg(patterns.join(QStringLiteral(" "))));
     return Application::Success;
 }

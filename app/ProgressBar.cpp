@@ -1,4 +1,5 @@
 #include "ProgressBar.h"
+#include "HostCompat.h"
 
 #include <cstdio>
 #include <sys/ioctl.h>

@@ -26,7 +26,9 @@ QSize defaultScreen()
     const QSize room = available * 0.9;
     if (room.width() >= deviceScreen.width() && room.height() >= deviceScreen.height())
         return deviceScreen;
-    return deviceScreen.scaled(room, Qt::KeepAspectRatio);
+    QSize fitted = deviceScreen;
+    fitted.scale(room, Qt::KeepAspectRatio);
+    return fitted;
 }
 
 } // namespace

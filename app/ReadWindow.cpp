@@ -152,7 +152,7 @@ void ReadWindow::closeEvent(QCloseEvent* event)
 bool ReadWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_view && event->type() == QEvent::Paint && !m_shownPage)
-        QTimer::singleShot(0, this, &ReadWindow::paintSettled);
+        QTimer::singleShot(0, this, SLOT(paintSettled()));
     return QWidget::eventFilter(watched, event);
 }
 

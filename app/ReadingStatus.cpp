@@ -1,4 +1,5 @@
 #include "ReadingStatus.h"
+#include "HostCompat.h"
 
 QString ReadingStatus::name(int status)
 {

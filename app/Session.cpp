@@ -91,7 +91,8 @@ Session::Session(PluginInterface* plugin, const QSize& screen)
     : m_parser(plugin)
     , m_view(plugin, &m_state, screen)
 {
-    QObject::connect(&m_parser, &ParserHost::parserCreated, &m_tracer, &SessionTracer::watchParser);
+    QObject::connect(&m_parser, SIGNAL(parserCreated(QObject*)), &m_tracer,
+        SLOT(watchParser(QObject*)));
 }
 
 Session::~Session() = default;

@@ -73,15 +73,26 @@ QString Session::page(const QStringList& arguments)
     return QString();
 }
 
+namespace {
+
+// The meta-object of Qt's namespace, which QObject keeps to itself under Qt 4.
+struct QtNamespace : QObject
+{
+    static const QMetaObject& enums() { return staticQtMetaObject; }
+};
+
+} // namespace
+
 QString Session::key(const QStringList& arguments)
 {
-    const QMetaEnum keys = QMetaEnum::fromType<Qt::Key>();
+    const QMetaObject& qt = QtNamespace::enums();
+    const QMetaEnum keys = qt.enumerator(qt.indexOfEnumerator("Key"));
     const QByteArray name = arguments.at(0).toLatin1();
-    bool known = false;
-    int value = keys.keyToValue("Key_" + name, &known);
-    if (!known)
-        value = keys.keyToValue(name, &known);
-    if (!known)
+    // Qt's key codes are never negative; -1 is "no such key".
+    int value = keys.keyToValue("Key_" + name);
+    if (value < 0)
+        value = keys.keyToValue(name);
+    if (value < 0)
         return badArgument(QStringLiteral("key"), arguments.at(0));
     m_view.sendKey(value);
     return QString();
@@ -89,32 +100,39 @@ QString Session::key(const QStringList& arguments)
 
 QString Session::tap(const QStringList& arguments)
 {
-    static const QHash<QString, Qt::GestureState> states = {
-        { QStringLiteral("started"), Qt::GestureStarted },
-        { QStringLiteral("updated"), Qt::GestureUpdated },
-        { QStringLiteral("finished"), Qt::GestureFinished },
-        { QStringLiteral("canceled"), Qt::GestureCanceled },
+    static const struct
+    {
+        const char* name;
+        Qt::GestureState state;
+    } states[] = {
+        { "started", Qt::GestureStarted },
+        { "updated", Qt::GestureUpdated },
+        { "finished", Qt::GestureFinished },
+        { "canceled", Qt::GestureCanceled },
     };
     const QString name = arguments.value(0, QStringLiteral("finished"));
-    if (!states.contains(name))
-        return badArgument(QStringLiteral("gesture state"), name);
-    m_view.sendTap(states.value(name));
+    for (const auto& state : states) {
+        if (name == QLatin1String(state.name)) {
+            m_view.sendTap(state.state);
+            return QString();
+        }
+    }
+    return badArgument(QStringLiteral("gesture state"), name);
     return QString();
 }
 
 QString Session::swipe(const QStringList& arguments)
 {
-    static const QHash<QString, QSwipeGesture::SwipeDirection> directions = {
-        { QStringLiteral("left"), QSwipeGesture::Left },
-        { QStringLiteral("right"), QSwipeGesture::Right },
-        { QStringLiteral("up"), QSwipeGesture::Up },
-        { QStringLiteral("down"), QSwipeGesture::Down },
-    };
+    const QStringList names = QStringList() << QStringLiteral("left") << QStringLiteral("right")
+                                            << QStringLiteral("up") << QStringLiteral("down");
+    const QSwipeGesture::SwipeDirection directions[]
+        = { QSwipeGesture::Left, QSwipeGesture::Right, QSwipeGesture::Up, QSwipeGesture::Down };
     QSwipeGesture::SwipeDirection horizontal = QSwipeGesture::NoDirection;
     QSwipeGesture::SwipeDirection vertical = QSwipeGesture::NoDirection;
     for (const QString& part : arguments.at(0).split(QLatin1Char('+'))) {
+        const int index = names.indexOf(part);
         const QSwipeGesture::SwipeDirection direction
-            = directions.value(part, QSwipeGesture::NoDirection);
+            = index < 0 ? QSwipeGesture::NoDirection : directions[index];
         QSwipeGesture::SwipeDirection& axis
             = direction == QSwipeGesture::Left || direction == QSwipeGesture::Right ? horizontal
                                                                                     : vertical;
@@ -132,7 +150,7 @@ QString Session::drag(const QStringList& arguments)
     int dx = 0;
     int dy = 0;
     if (!toInt(arguments.at(0), &dx) || !toInt(arguments.at(1), &dy))
-        return badArgument(QStringLiteral("drag"), arguments.join(QLatin1Char(' ')));
+        return badArgument(QStringLiteral("drag"), arguments.join(QStringLiteral(" ")));
     m_view.sendDrag(QPoint(dx, dy));
     return QString();
 }

@@ -1,9 +1,10 @@
 #include "SessionScript.h"
+#include "HostCompat.h"
 
 QVector<ScriptLine> SessionScript::parse(const QString& text)
 {
     QVector<ScriptLine> lines;
-    const QStringList rows = text.split(QLatin1Char('\n'), Qt::KeepEmptyParts);
+    const QStringList rows = text.split(QLatin1Char('\n'), QtCompat::KeepEmptyParts);
     for (int i = 0; i < rows.size(); ++i) {
         QString row = rows.at(i);
         if (row.endsWith(QLatin1Char('\r')))

@@ -1,6 +1,7 @@
 #include "SessionView.h"
 
 #include "ComicsReader.h"
+#include "Display.h"
 #include "DragGesture.h"
 #include "GestureRecognizers.h"
 #include "GuidedReadingMixin.h"
@@ -12,7 +13,6 @@
 #include "SwipeGesture.h"
 #include "TapGesture.h"
 
-#include <QBackingStore>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -47,8 +47,7 @@ SessionView::SessionView(
     , m_state(state)
     , m_screen(screen)
 {
-    connect(MainWindowController::sharedInstance(), &MainWindowController::cleared, this,
-        &SessionView::cleared);
+    connect(MainWindowController::sharedInstance(), SIGNAL(cleared()), this, SLOT(cleared()));
 }
 
 SessionView::~SessionView()
@@ -124,7 +123,7 @@ bool SessionView::open()
     container->show();
     waitUntilMapped(container);
     m_container = container;
-    connect(container, &QObject::destroyed, this, &SessionView::containerDestroyed);
+    connect(container, SIGNAL(destroyed()), this, SLOT(containerDestroyed()));
 
     QWidget* view = m_plugin->reader(m_state, handle);
     if (!view) {
@@ -237,22 +236,14 @@ void SessionView::sendKey(int key)
 
 void SessionView::paint()
 {
-    m_view->repaint();
+    Display::paint(m_view);
 }
 
 QImage SessionView::screenshot() const
 {
     if (!m_view || !m_painted)
         return QImage();
-    QWidget* window = m_view->window();
-    QBackingStore* store = window->backingStore();
-    QPaintDevice* device = store ? store->paintDevice() : nullptr;
-    if (!device || device->devType() != QInternal::Image)
-        return m_view->grab().toImage();
-    const auto* image = static_cast<const QImage*>(device);
-    const qreal ratio = image->devicePixelRatio();
-    const QRect area(m_view->mapTo(window, QPoint()), m_view->size());
-    return image->copy(QRect(area.topLeft() * ratio, area.size() * ratio));
+    return Display::paintedImage(m_view);
 }
 
 bool SessionView::eventFilter(QObject* watched, QEvent* event)

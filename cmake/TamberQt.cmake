@@ -33,6 +33,10 @@ if(TAMBER_QT EQUAL 4)
   tamber_qt_alias(Test Qt4::QtTest)
   # Where the SDK keeps its plug-ins and fonts, for the tests' environment.
   get_filename_component(TAMBER_QT4_PREFIX "${QT_LIBRARY_DIR}/.." ABSOLUTE)
+  # Programs run from the build folder find the SDK's libraries, and those the
+  # SDK's own libraries and plug-ins need (QtNetwork, SQLite), through their
+  # run path; only the old kind of run path reaches those second-hand ones.
+  set(CMAKE_EXE_LINKER_FLAGS "${CMAKE_EXE_LINKER_FLAGS} -Wl,--disable-new-dtags")
 elseif(TAMBER_QT EQUAL 5)
   find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Sql Test)
   tamber_qt_alias(Core Qt5::Core)

@@ -5,6 +5,7 @@
 // stand-in and the tamber program. The plug-in's own differences are in
 // QtCompat.h, which this extends.
 
+#include "Pagelet.h"
 #include "QtCompat.h"
 
 #include <QByteArray>
@@ -12,6 +13,8 @@
 #include <QEvent>
 #include <QPointF>
 #include <QString>
+#include <QStringList>
+#include <QVector>
 #include <QWheelEvent>
 #include <QtGlobal>
 
@@ -33,6 +36,9 @@ inline QString qEnvironmentVariable(const char* name)
 {
     return QString::fromLocal8Bit(qgetenv(name));
 }
+
+// Qt 5 knows containers of known types by itself.
+Q_DECLARE_METATYPE(QVector<Pagelet>)
 #else
 #include <QLoggingCategory>
 #endif

@@ -1,6 +1,7 @@
 #ifndef TAMBER_HOSTTRACE_H
 #define TAMBER_HOSTTRACE_H
 
+#include "HostCompat.h"
 #include "TamberGlobal.h"
 
 #include <QString>

@@ -1,6 +1,7 @@
 #include "PluginLoader.h"
 
 #include "ElfSectionReader.h"
+#include "HostCompat.h"
 #include "PluginInterface.h"
 
 #include <QFileInfo>
