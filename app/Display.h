@@ -24,6 +24,9 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
 QString windowProblem();
 // The room for a window on the display, or an invalid size when unknown.
 QSize availableSize();
+// Whether the window is on the screen, where a repaint reaches it: the
+// platform exposed it, or the display server gave it a region.
+bool isShown(QWidget* window);
 // Paints the widget now, onto the screen.
 void paint(QWidget* widget);
 // What the widget last painted, as the screen has it.

@@ -48,6 +48,11 @@ QSize availableSize()
     return screen ? screen->availableGeometry().size() : QSize();
 }
 
+bool isShown(QWidget* window)
+{
+    return window->testAttribute(Qt::WA_Mapped);
+}
+
 void paint(QWidget* widget)
 {
     widget->repaint();

@@ -25,13 +25,13 @@
 
 namespace {
 
-// Runs the event loop until the window may be painted: the repaint manager
-// paints only windows that the platform has exposed.
-void waitUntilMapped(QWidget* window)
+// Runs the event loop until the window may be painted: Qt paints only
+// windows that are on the screen.
+void waitUntilShown(QWidget* window)
 {
     QElapsedTimer timer;
     timer.start();
-    while (!window->testAttribute(Qt::WA_Mapped) && timer.elapsed() < 5000) {
+    while (!Display::isShown(window) && timer.elapsed() < 5000) {
         QEventLoop loop;
         QTimer::singleShot(5, &loop, SLOT(quit()));
         loop.exec();
@@ -121,7 +121,7 @@ bool SessionView::open()
     auto* handle = new QWidget(container);
     handle->hide();
     container->show();
-    waitUntilMapped(container);
+    waitUntilShown(container);
     m_container = container;
     connect(container, SIGNAL(destroyed()), this, SLOT(containerDestroyed()));
 

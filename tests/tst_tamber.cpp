@@ -3,12 +3,10 @@
 #include "ComicsReaderPlugin.h"
 #include "TestSupport.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QImageReader>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cstdio>
@@ -23,23 +21,17 @@ const QByteArray verificationText
       "debug=false\n"
       "buildkey=arm qws/linux ostra-g++ no-pkg-config QT_NO_QWS_CURSOR QT_NO_QWS_QPF2";
 
-QJsonValue json(const Tamber::Run& run)
+using TestSupport::jsonAt;
+using TestSupport::jsonText;
+
+nlohmann::json json(const Tamber::Run& run)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(run.out);
-    return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
+    return TestSupport::parseJson(run.out);
 }
 
 QString pluginFile()
 {
     return TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
-}
-
-QStringList strings(const QJsonValue& array)
-{
-    QStringList result;
-    for (const QJsonValue& value : array.toArray())
-        result << value.toString();
-    return result;
 }
 
 } // namespace
@@ -75,13 +67,13 @@ private:
     }
     QString path(const QString& name) const { return m_dir->filePath(name); }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TestSupport::TemporaryDir> m_dir;
     std::unique_ptr<Tamber> m_tamber;
 };
 
 void TestTamber::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
+    m_dir = std::make_unique<TestSupport::TemporaryDir>();
     m_tamber = std::make_unique<Tamber>(m_dir->path());
 }
 
@@ -127,13 +119,14 @@ void TestTamber::pluginShowsWhatItDeclares()
 {
     const Tamber::Run run = tamber({ "plugin", "--json" });
     QCOMPARE(run.status, 0);
-    const QJsonObject plugin = json(run).toObject();
-    QCOMPARE(plugin.value("file").toString(), pluginFile());
-    QCOMPARE(plugin.value("verification").toString(), QString::fromLatin1(verificationText));
+    const nlohmann::json plugin = json(run);
+    QCOMPARE(jsonText(jsonAt(plugin, "/file")), pluginFile());
+    QCOMPARE(jsonText(jsonAt(plugin, "/verification")),
+        QString::fromLatin1(verificationText));
     // In the plug-in's order; what that order is, is tst_plugin's business.
     ComicsReaderPlugin declared;
-    QCOMPARE(strings(plugin.value("mimeTypes")), declared.mimeTypes());
-    QCOMPARE(strings(plugin.value("fileExtensions")), declared.fileExtensions());
+    QCOMPARE(TestSupport::jsonTexts(jsonAt(plugin, "/mimeTypes")), declared.mimeTypes());
+    QCOMPARE(TestSupport::jsonTexts(jsonAt(plugin, "/fileExtensions")), declared.fileExtensions());
     QVERIFY(tamber({ "plugin" }).out.contains("buildkey=arm qws/linux"));
 }
 
@@ -300,9 +293,9 @@ void TestTamber::importReplacesRecordsAndReportsFailures()
     const Tamber::Run list = tamber({ "list" });
     QCOMPARE(list.out.count('\n'), 4);
     QVERIFY2(!list.out.contains('\x1b'), list.out.constData());
-    const QJsonObject shown = json(tamber({ "show", comic, "--json" })).toObject();
-    QCOMPARE(shown.value("pages").toArray().size(), 3);
-    QCOMPARE(shown.value("volume").toObject().value("pageCount").toInt(), 3);
+    const nlohmann::json shown = json(tamber({ "show", comic, "--json" }));
+    QCOMPARE(int(jsonAt(shown, "/pages").size()), 3);
+    QCOMPARE(jsonAt(shown, "/volume/pageCount"), nlohmann::json(3));
 }
 
 void TestTamber::failedWritesToStandardOutputExit1_data()
@@ -331,7 +324,7 @@ void TestTamber::failedWritesToStandardOutputExit1()
     QCOMPARE(shell.exitCode(), 1);
     QVERIFY2(shell.readAllStandardError().contains("cannot write to standard output"), "");
     // The import went on to the end.
-    QCOMPARE(json(tamber({ "list", "--json" })).toArray().size(), 3);
+    QCOMPARE(int(json(tamber({ "list", "--json" })).size()), 3);
 }
 
 void TestTamber::bookIsFoundByIdOrPath_data()
@@ -365,8 +358,7 @@ void TestTamber::bookIsFoundByIdOrPath()
     const Tamber::Run run = tamber({ "show", book, "--json" }, comics);
     QCOMPARE(run.status, status);
     if (status == 0)
-        QCOMPARE(json(run).toObject().value("volume").toObject().value("id").toString(),
-            comics + "/Found.cbz");
+        QCOMPARE(jsonText(jsonAt(json(run), "/volume/id")), comics + "/Found.cbz");
     else
         QVERIFY2(run.err.contains("no such book"), run.err.constData());
 }

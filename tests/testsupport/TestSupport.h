@@ -3,7 +3,9 @@
 
 #include <QByteArray>
 #include <QColor>
+#include <QDateTime>
 #include <QImage>
+#include <QInputEvent>
 #include <QList>
 #include <QMetaMethod>
 #include <QPair>
@@ -13,6 +15,10 @@
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
+
+#include <memory>
+
+#include <nlohmann/json_fwd.hpp>
 
 class QWidget;
 #include <QtTest/QTest>
@@ -34,6 +40,10 @@ Q_DECLARE_METATYPE(QList<int>)
         QTest::qSkip(message, QTest::SkipAll, __FILE__, __LINE__);                                 \
         return;                                                                                    \
     } while (false)
+
+// Qt 4's programs take their display server's options (-qws), which only a
+// QApplication consumes.
+#define QTEST_GUILESS_MAIN(TestObject) QTEST_MAIN(TestObject)
 #endif
 
 #if QT_VERSION >= 0x050000
@@ -69,8 +79,21 @@ private:
 QByteArray signatureOf(const QMetaMethod& method);
 QByteArray joined(const QList<QByteArray>& parts, char separator);
 QColor pixelColor(const QImage& image, int x, int y);
+// A local date and time at offsetSeconds east of UTC.
+QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds);
 QColor pixelColor(const QImage& image, const QPoint& point);
 bool waitForWindowShown(QWidget* window);
+
+// Input events as the platform delivers them, at a time in milliseconds: a
+// mouse event, one or two fingers on the screen, a wheel turned by angle
+// (eighths of a degree). Qt 5's events carry their time; under Qt 4 the
+// host reads it as the time of arrival, which is fixed here until the next.
+std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& at,
+    Qt::MouseButton button, Qt::MouseButtons held, unsigned long time);
+std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates states,
+    const QList<QTouchEvent::TouchPoint>& fingers, unsigned long time);
+std::unique_ptr<QInputEvent> wheelEvent(
+    const QPointF& at, int angle, Qt::KeyboardModifiers modifiers, unsigned long time);
 
 // A debug line as the stream writes it: Qt 4 ends every item with a blank,
 // so its lines end in one; Qt 5 drops the last.
@@ -82,6 +105,10 @@ inline QString debugLine(const QString& text)
     return text;
 #endif
 }
+
+// An expected line of a trace, as this Qt writes it: a whole debug line,
+// {"debug":"..."}, takes the debug stream's ending blank under Qt 4.
+QByteArray traceLine(const QByteArray& expected);
 
 // Makes UTF-8 the application's codec for 8-bit strings and for the locale,
 // as a host that reads UTF-8 names sets it. Qt 4 reads 8-bit strings and
@@ -136,6 +163,14 @@ QByteArray gifWithScreen(const QSize& screen);
 // The start of a one-bit greyscale PNG: its header claims the given size, its
 // pixel data is cut off, so it reports the size but never decodes.
 QByteArray pngHeaderOnly(const QSize& size);
+
+// The program's JSON output, read with a library that serves both Qts:
+// discarded when the text is no JSON; the value at a pointer such as
+// "/volume/id", null where there is none; a string's text, empty for others.
+nlohmann::json parseJson(const QByteArray& text);
+nlohmann::json jsonAt(const nlohmann::json& value, const char* pointer);
+QString jsonText(const nlohmann::json& value);
+QStringList jsonTexts(const nlohmann::json& array);
 
 // The built tamber program, run as a user runs it but with a library, settings
 // and data of its own in folder.
