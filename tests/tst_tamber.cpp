@@ -43,6 +43,8 @@ class TestTamber : public QObject
 private slots:
     void init();
 
+    void everyCommandHasItsHelp_data();
+    void everyCommandHasItsHelp();
     void usageErrorsExitWithStatus2_data();
     void usageErrorsExitWithStatus2();
     void pluginShowsWhatItDeclares();
@@ -75,6 +77,49 @@ void TestTamber::init()
 {
     m_dir = std::make_unique<TestSupport::TemporaryDir>();
     m_tamber = std::make_unique<Tamber>(m_dir->path());
+}
+
+void TestTamber::everyCommandHasItsHelp_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("usage");
+    QTest::addColumn<QStringList>("options");
+
+    const QStringList global { "--library FILE", "--plugin FILE", "-h, --help" };
+    const auto row = [&global](const char* command, const char* usage, QStringList options) {
+        QTest::newRow(command) << QString(command) << QString(usage) << options + global;
+    };
+    row("import", "import PATH...", {});
+    row("list", "list [--json]", { "--json" });
+    row("show", "show BOOK [--json]", { "--json" });
+    row("cover", "cover BOOK -o FILE", { "-o, --output FILE" });
+    row("render", "render BOOK [--page N] [OPTIONS] -o FILE",
+        { "--page N", "--size WxH", "--zoom Z", "--orientation O", "-o, --output FILE" });
+    row("read", "read BOOK [--size WxH]", { "--size WxH" });
+    row("session", "session [--size WxH] [SCRIPT]", { "--size WxH" });
+    row("config", "config account-name [NAME]", {});
+    row("plugin", "plugin [--json]", { "--json" });
+}
+
+// Each command's help starts with its usage and gives a line to each option
+// it takes; the manual page has a section for it.
+void TestTamber::everyCommandHasItsHelp()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, usage);
+    QFETCH(QStringList, options);
+
+    const Tamber::Run help = tamber({ command, "--help" });
+    QCOMPARE(help.status, 0);
+    const QString text = QString::fromUtf8(help.out);
+    QVERIFY2(text.startsWith("Usage: tamber " + usage + '\n'), qPrintable(text));
+    for (const QString& option : options)
+        QVERIFY2(text.contains("\n  " + option + ' '), qPrintable(option + " missing in:\n" + text));
+
+    const Tamber::Run manual = tamber({ "--man" });
+    QCOMPARE(manual.status, 0);
+    QVERIFY(manual.out.contains(
+        ".SS \"tamber " + QString(usage).replace('-', "\\-").toUtf8() + '"'));
 }
 
 void TestTamber::usageErrorsExitWithStatus2_data()

@@ -25,7 +25,7 @@ namespace TestSupport {
 
 QByteArray signatureOf(const QMetaMethod& method)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return method.methodSignature();
 #else
     return QByteArray(method.signature());
@@ -42,7 +42,7 @@ QByteArray joined(const QList<QByteArray>& parts, char separator)
 
 void useUtf8ForEightBitStrings()
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
     QTextCodec::setCodecForCStrings(utf8);
     QTextCodec::setCodecForLocale(utf8);
@@ -62,7 +62,7 @@ QColor pixelColor(const QImage& image, const QPoint& point)
 namespace {
 std::unique_ptr<QInputEvent> at(QInputEvent* event, unsigned long time)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     event->setTimestamp(time);
 #else
     HostCompat::setArrivalTime(time);
@@ -74,7 +74,7 @@ std::unique_ptr<QInputEvent> at(QInputEvent* event, unsigned long time)
 std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& position,
     Qt::MouseButton button, Qt::MouseButtons held, unsigned long time)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return at(new QMouseEvent(type, position, position, position, button, held, Qt::NoModifier),
         time);
 #else
@@ -86,7 +86,7 @@ std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& positi
 std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates states,
     const QList<QTouchEvent::TouchPoint>& fingers, unsigned long time)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     static QTouchDevice* screen = QTest::createTouchDevice();
     return at(new QTouchEvent(type, screen, Qt::NoModifier, states, fingers), time);
 #else
@@ -98,7 +98,7 @@ std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates 
 std::unique_ptr<QInputEvent> wheelEvent(
     const QPointF& position, int angle, Qt::KeyboardModifiers modifiers, unsigned long time)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return at(new QWheelEvent(position, position, QPoint(), QPoint(0, angle), Qt::NoButton,
                   modifiers, Qt::NoScrollPhase, false),
         time);
@@ -120,7 +120,7 @@ QByteArray traceLine(const QByteArray& expected)
 
 QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return QDateTime(date, time, Qt::OffsetFromUTC, offsetSeconds);
 #else
     QDateTime local(date, time, Qt::UTC);
@@ -131,7 +131,7 @@ QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSecon
 
 bool waitForWindowShown(QWidget* window)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return QTest::qWaitForWindowExposed(window);
 #else
     // Qt for Embedded Linux shows a window once the events of showing it ran.
@@ -140,7 +140,7 @@ bool waitForWindowShown(QWidget* window)
 #endif
 }
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 
 namespace {
 
@@ -431,7 +431,7 @@ QStringList& loggedLines()
     return lines;
 }
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 void logLine(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     loggedLines() << message;
@@ -448,7 +448,7 @@ void logLine(QtMsgType, const char* message)
 MessageLog::MessageLog()
 {
     loggedLines().clear();
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     previous = qInstallMessageHandler(logLine);
 #else
     previous = qInstallMsgHandler(logLine);
@@ -457,7 +457,7 @@ MessageLog::MessageLog()
 
 MessageLog::~MessageLog()
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     qInstallMessageHandler(previous);
 #else
     qInstallMsgHandler(previous);

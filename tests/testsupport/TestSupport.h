@@ -28,7 +28,7 @@ class QWidget;
 
 #include "QtCompat.h"
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 // Qt 5 knows containers of its own types as test data; Qt 4 is told.
 Q_DECLARE_METATYPE(QList<QPoint>)
 Q_DECLARE_METATYPE(QList<int>)
@@ -46,13 +46,13 @@ Q_DECLARE_METATYPE(QList<int>)
 #define QTEST_GUILESS_MAIN(TestObject) QTEST_MAIN(TestObject)
 #endif
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 #include <QTemporaryDir>
 #endif
 
 namespace TestSupport {
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 using TemporaryDir = QTemporaryDir;
 #else
 // What the suites use of Qt 5's QTemporaryDir: a new empty folder, removed
@@ -99,7 +99,7 @@ std::unique_ptr<QInputEvent> wheelEvent(
 // so its lines end in one; Qt 5 drops the last.
 inline QString debugLine(const QString& text)
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return text + QLatin1Char(' ');
 #else
     return text;
@@ -119,7 +119,7 @@ void useUtf8ForEightBitStrings();
 // device, and 8 is Qt 5.15's.
 inline int mocRevision()
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return 6;
 #else
     return 8;
@@ -209,7 +209,7 @@ public:
     MessageLog& operator=(const MessageLog&) = delete;
 
 private:
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     QtMessageHandler previous;
 #else
     QtMsgHandler previous;
