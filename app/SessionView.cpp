@@ -75,10 +75,16 @@ bool SessionView::parseSize(const QString& text, QSize* size)
     return true;
 }
 
-QString SessionView::sizeHint()
+CommandOption SessionView::sizeOption(const QString& description)
 {
-    return QStringLiteral("WxH with each side from 1 to %1 pixels, such as 1072x1448")
-        .arg(maximumSide);
+    return CommandOption(QStringLiteral("size"), description, QStringLiteral("WxH"))
+        .accepting(
+            [](const QString& text) {
+                QSize size;
+                return parseSize(text, &size);
+            },
+            QStringLiteral("bad size \"%1\": expected WxH with each side from 1 to ")
+                + QString::number(maximumSide) + QStringLiteral(" pixels, such as 1072x1448"));
 }
 
 bool SessionView::writeImage(const QImage& image, const QString& fileName, QString* error)
