@@ -20,6 +20,10 @@ namespace Display {
 bool prepare(const QString& command, bool needsWindow);
 // The application object that draws there.
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
+// The environment variable that names where windows show, and what it does,
+// for the help.
+QString variable();
+QString variableHelp();
 // Why windows cannot be shown where the program draws, or empty when they can.
 QString windowProblem();
 // The room for a window on the display, or an invalid size when unknown.

@@ -142,6 +142,19 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     return application;
 }
 
+QString variable()
+{
+    return QStringLiteral("QWS_DISPLAY");
+}
+
+QString variableHelp()
+{
+    return QStringLiteral("The display that read shows its window on, such as "
+                          "VNC:size=1072x1448:depth=32:0 (then a VNC viewer on port 5900). The "
+                          "commands without a window serve a display of their own and need "
+                          "none.");
+}
+
 QString windowProblem()
 {
     return QString();
