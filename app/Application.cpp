@@ -268,10 +268,9 @@ bool Application::openLibrary(bool makeIfMissing)
         warn(QStringLiteral("%1: no such library; \"tamber import\" makes one").arg(libraryPath()));
         return false;
     }
-    QString error;
-    if (Library::open(libraryPath(), &error))
+    if (Library::open(libraryPath()))
         return true;
-    warn(QStringLiteral("cannot open the library: %1").arg(error));
+    warn(QStringLiteral("cannot open the library: %1").arg(Library::lastError()));
     return false;
 }
 

@@ -55,10 +55,9 @@ Command::Needs ListCommand::needs() const
 
 int ListCommand::run(Application&, const Invocation& call) const
 {
-    QString error;
-    const QList<Volume> books = Library::books(&error);
-    if (!error.isEmpty()) {
-        Application::warn(QStringLiteral("cannot read the library: %1").arg(error));
+    const QList<Volume> books = Library::books();
+    if (!Library::lastError().isEmpty()) {
+        Application::warn(QStringLiteral("cannot read the library: %1").arg(Library::lastError()));
         return Application::UsageError;
     }
 

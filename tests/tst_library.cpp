@@ -144,8 +144,7 @@ void TestLibrary::init()
     m_dir = std::make_unique<TestSupport::TemporaryDir>();
     // An empty file is adopted as a new library.
     QVERIFY(TestSupport::writeFile(libraryPath(), QByteArray()));
-    QString error;
-    QVERIFY2(Library::open(libraryPath(), &error), qPrintable(error));
+    QVERIFY2(Library::open(libraryPath()), qPrintable(Library::lastError()));
 }
 
 void TestLibrary::cleanup()
@@ -160,8 +159,7 @@ void TestLibrary::reopen()
 {
     Library::close();
     QVERIFY(!Library::isOpen());
-    QString error;
-    QVERIFY2(Library::open(libraryPath(), &error), qPrintable(error));
+    QVERIFY2(Library::open(libraryPath()), qPrintable(Library::lastError()));
 }
 
 void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
@@ -293,9 +291,9 @@ void TestLibrary::refusesFilesThatAreNotLibraries()
     const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     const QByteArray bytes = TestSupport::readFile(path);
 
-    QString error;
-    QVERIFY(!Library::open(path, &error));
+    QVERIFY(!Library::open(path));
     QVERIFY(!Library::isOpen());
+    const QString error = Library::lastError();
     QVERIFY2(error.contains(reason), qPrintable(error));
     QVERIFY2(error.contains(path), qPrintable(error));
     QCOMPARE(TestSupport::readFile(path), bytes);

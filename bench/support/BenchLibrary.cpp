@@ -7,10 +7,10 @@
 
 BenchLibrary::BenchLibrary()
 {
-    if (dir.isValid())
-        Library::open(dir.filePath(QStringLiteral("library.sqlite")), &message);
-    else
+    if (!dir.isValid())
         message = QStringLiteral("cannot make a temporary folder");
+    else if (!Library::open(dir.filePath(QStringLiteral("library.sqlite"))))
+        message = Library::lastError();
 }
 
 BenchLibrary::~BenchLibrary()
@@ -31,8 +31,10 @@ Volume BenchLibrary::import(const QString& path)
     QObject::connect(
         &parser, &ComicsReaderParser::pageletParsed, [&](Pagelet& pagelet) { pages << pagelet; });
     QObject::connect(&parser, &ComicsReaderParser::volumeParsed, [&](Volume& volume, bool, bool) {
-        if (Library::storeBook(volume, pages, &message))
+        if (Library::storeBook(volume, pages))
             stored = Library::book(volume.getId());
+        else
+            message = Library::lastError();
     });
     parser.parse(path);
     return stored;
