@@ -9,9 +9,7 @@
 # scripts/device-deps builds; Qt comes from the SDK that qmake names. The
 # device's glibc is far older than the compiler's, so code is built without
 # _FORTIFY_SOURCE (whose checked functions need glibc 2.11 to 2.25) and the C++
-# runtime is linked in. Files and folders use the 64-bit interfaces: books pass
-# 2 GB, and 32-bit readdir fails on a 64-bit kernel's folder offsets (EOVERFLOW,
-# as under qemu-arm).
+# runtime is linked in.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 
@@ -43,8 +41,7 @@ set(ENV{PKG_CONFIG_LIBDIR} "${TAMBER_DEVICE_PREFIX}/glibc/lib/pkgconfig")
 set(ENV{PKG_CONFIG_PATH} "")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} "")
 
-set(_tamber_flags
-  "-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0 -D_FILE_OFFSET_BITS=64 -ffunction-sections -fdata-sections")
+set(_tamber_flags "-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0 -ffunction-sections -fdata-sections")
 set(CMAKE_C_FLAGS_INIT "${_tamber_flags}")
 set(CMAKE_CXX_FLAGS_INIT "${_tamber_flags}")
 set(_tamber_link "-Wl,--gc-sections -static-libstdc++ -static-libgcc")
