@@ -15,7 +15,8 @@
 #    from the unpacked application folder: it loads the unpacked plug-in with
 #    Qt's own loader and opens the shared RAR sample, whose pages come from the
 #    unpacked extractor beside it, and a comic of WebP pages made here from the
-#    sample's, which Qt reads through the unpacked image plug-in.
+#    sample's, which Qt reads through the unpacked image plug-in, and a 7z
+#    comic of LZMA2 named .cbr, which the unpacked extractor reads.
 set -euo pipefail
 build=$1 host=$2 samples=$3
 baseline=2.11
@@ -71,7 +72,7 @@ $readelf -l "$unrar" | grep -q INTERP && fail "the extractor names a program int
 
 doc=$scratch/root/share/doc/tamber-comics
 [ -s "$doc/LICENSE" ] || fail "the package holds no LICENSE"
-for library in zlib libzip libwebp libarchive musl; do
+for library in zlib libzip libwebp libarchive xz-utils musl; do
   grep -q "^$library\b.*: .*\(in\|of\) the" "$doc/THIRD-PARTY-NOTICES" 2>/dev/null \
     || fail "the package holds no notice of $library, which it links statically"
 done
@@ -96,6 +97,14 @@ if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
   echo "$output"
   [ "$(grep -c '^page .*\.webp$' <<<"$output")" -eq 5 ] || fail "the WebP comic did not list five pages"
   grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "the first WebP page did not decode"
+
+  # A 7z book named .cbr, LZMA2 as 7-Zip makes them: the extractor's liblzma.
+  (cd "$scratch/webp" && 7zz a -bd -t7z -m0=lzma2 ../lzma2.cbr ./*.jpg >/dev/null)
+  output=$(cd "$scratch" && "$app/devicehost" "$scratch/lzma2.cbr" -qws) \
+    || fail "the host could not read a 7z comic of LZMA2 through the package: $output"
+  echo "$output"
+  [ "$(grep -c '^page .*\.jpg$' <<<"$output")" -eq 5 ] || fail "the 7z comic did not list five pages"
+  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "the first 7z page did not decode"
 else
   echo "../shared/samples is not beside the checkout; the package was not opened"
 fi

@@ -268,6 +268,17 @@ bool writeFile(const QString& path, const QByteArray& bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
+QString findProgram(const QString& name)
+{
+    const QStringList folders = QString::fromLocal8Bit(qgetenv("PATH")).split(QLatin1Char(':'));
+    for (const QString& folder : folders) {
+        const QFileInfo program(QDir(folder.isEmpty() ? QStringLiteral(".") : folder), name);
+        if (program.isFile() && program.isExecutable())
+            return program.absoluteFilePath();
+    }
+    return QString();
+}
+
 QImage makePage(int width, int height, const QColor& ink)
 {
     QImage image(width, height, QImage::Format_RGB32);

@@ -146,6 +146,9 @@ QByteArray readFile(const QString& path);
 // Creates the folder too.
 bool writeFile(const QString& path, const QByteArray& bytes);
 
+// The path of a program on PATH, or empty.
+QString findProgram(const QString& name);
+
 // A page-like picture: a light ground with a dark frame, so that scaling and
 // placement can be checked on pixels.
 QImage makePage(int width, int height, const QColor& ink = Qt::black);
