@@ -1,9 +1,7 @@
 #include "BenchLibrary.h"
 
-#include "ComicsReaderParser.h"
 #include "Library.h"
-
-#include <QVector>
+#include "ParsedBook.h"
 
 BenchLibrary::BenchLibrary()
 {
@@ -25,15 +23,9 @@ bool BenchLibrary::isOpen() const
 
 Volume BenchLibrary::import(const QString& path)
 {
-    QVector<Pagelet> pages;
-    Volume stored;
-    ComicsReaderParser parser;
-    QObject::connect(
-        &parser, &ComicsReaderParser::pageletParsed, [&](Pagelet& pagelet) { pages << pagelet; });
-    QObject::connect(&parser, &ComicsReaderParser::volumeParsed, [&](Volume& volume, bool, bool) {
-        if (Library::storeBook(volume, pages, &message))
-            stored = Library::book(volume.getId());
-    });
-    parser.parse(path);
-    return stored;
+    ParsedBook parsed;
+    ParsedBook::parse(path, &parsed);
+    if (!parsed.parsed || !Library::storeBook(parsed.volume, parsed.pages, &message))
+        return Volume();
+    return Library::book(parsed.volume.getId());
 }

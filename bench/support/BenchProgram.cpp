@@ -1,5 +1,9 @@
 #include "BenchProgram.h"
 
+#include "BenchCompat.h"
+#include "Display.h"
+#include "HostCompat.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -29,6 +33,13 @@ BenchProgram::BenchProgram(int& argc, char** argv)
         QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
     }
+}
+
+std::unique_ptr<QApplication> BenchProgram::makeApplication(int& argc, char** argv)
+{
+    if (!Display::prepare(QStringLiteral("bench"), false))
+        return nullptr;
+    return Display::makeApplication(argc, argv);
 }
 
 QString BenchProgram::takeOption(int& argc, char** argv, const char* name)

@@ -3,8 +3,11 @@
 
 #include "Workload.h"
 
+#include <QApplication>
 #include <QString>
 #include <QStringList>
+
+#include <memory>
 
 // What every benchmark program does first and last: Google Benchmark's flags,
 // then its own (--workload=DIR, the folder that bench-workload made), and an
@@ -16,6 +19,9 @@ public:
     // Call before QApplication, which must not see the benchmark flags.
     BenchProgram(int& argc, char** argv);
 
+    // The application object, drawing where no display of the user's is
+    // touched: offscreen under Qt 5, a display server of its own under Qt 4.
+    static std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
     // Removes --NAME=VALUE from the arguments and returns VALUE.
     static QString takeOption(int& argc, char** argv, const char* name);
     // Loads the workload named by --workload; false after printing why.

@@ -1,7 +1,7 @@
 #ifndef WORKLOAD_H
 #define WORKLOAD_H
 
-#include <QJsonObject>
+#include <QMap>
 #include <QSize>
 #include <QString>
 
@@ -43,7 +43,8 @@ public:
     QSize largeSize;
 
 private:
-    QJsonObject toJson() const;
+    // The manifest's fields, each value as its text.
+    QMap<QString, QString> fields() const;
 };
 
 #endif

@@ -61,7 +61,7 @@ QImage ComicPagePainter::page(const QSize& size)
 {
     unit = size.width() / referenceWidth;
     QImage image(size, QImage::Format_RGB32);
-    image.fill(QColor(252, 250, 244));
+    image.fill(QColor(252, 250, 244).rgb());
 
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -1,5 +1,6 @@
 #include "WorkloadGenerator.h"
 
+#include "BenchCompat.h"
 #include "ComicPagePainter.h"
 #include "ZipWriter.h"
 
@@ -45,7 +46,7 @@ WorkloadGenerator::WorkloadGenerator(const Workload& plan)
 bool WorkloadGenerator::run(QString* error)
 {
     QDir dir(plan.dir);
-    if (dir.exists() && !dir.removeRecursively()) {
+    if (dir.exists() && !BenchCompat::removeTree(plan.dir)) {
         *error = QStringLiteral("%1: cannot remove the old workload").arg(plan.dir);
         return false;
     }
@@ -89,7 +90,10 @@ QList<QByteArray> WorkloadGenerator::pages(int count, const QSize& size, quint64
         workers.emplace_back(work);
     for (std::thread& worker : workers)
         worker.join();
-    return QList<QByteArray>(result.begin(), result.end());
+    QList<QByteArray> list;
+    for (const QByteArray& page : result)
+        list << page;
+    return list;
 }
 
 bool WorkloadGenerator::comic(QString* error)

@@ -4,6 +4,8 @@
 #include "Workload.h"
 
 #include <QByteArray>
+#include <QImage>
+#include <QList>
 #include <QSize>
 #include <QString>
 
