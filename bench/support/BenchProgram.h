@@ -10,17 +10,15 @@
 #include <memory>
 
 // What every benchmark program does first and last: Google Benchmark's flags,
-// then its own (--workload=DIR, the folder that bench-workload made), and an
-// environment, inherited by the programs it runs, that touches neither a
-// display nor the user's settings.
+// then its own (--workload=DIR, the folder that bench-workload made), and
+// BenchEnvironment's environment.
 class BenchProgram
 {
 public:
     // Call before QApplication, which must not see the benchmark flags.
     BenchProgram(int& argc, char** argv);
 
-    // The application object, drawing where no display of the user's is
-    // touched: offscreen under Qt 5, a display server of its own under Qt 4.
+    // BenchEnvironment's application object.
     static std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
     // Removes --NAME=VALUE from the arguments and returns VALUE.
     static QString takeOption(int& argc, char** argv, const char* name);
@@ -35,7 +33,6 @@ public:
 
 private:
     QString workloadDir;
-    QString settingsDir;
     Workload loaded;
 };
 

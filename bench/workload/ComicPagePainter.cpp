@@ -125,7 +125,7 @@ void ComicPagePainter::halftone(QPainter& painter, const QRectF& rect)
     int line = 0;
     for (double y = rect.top(); y < rect.bottom(); y += spacing / 2, ++line) {
         const double shift = line % 2 ? spacing / 2 : 0.0;
-        const double grow = (y - rect.top()) / qMax(1.0, rect.height());
+        const double grow = (y - rect.top()) / qMax(1.0, double(rect.height()));
         const double radius = spacing * (0.08 + 0.3 * grow);
         for (double x = rect.left() + shift; x < rect.right(); x += spacing)
             painter.drawEllipse(QPointF(x, y), radius, radius);
