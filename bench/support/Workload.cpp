@@ -8,7 +8,7 @@
 namespace {
 
 // Raised whenever the generator makes different files for the same plan.
-const int generatorVersion = 1;
+const int generatorVersion = 2;
 
 // The manifest is one flat JSON object of numbers and strings, one field a
 // line; written and read here, as Qt 4 has no JSON.
@@ -59,6 +59,8 @@ Workload Workload::planned(Scale scale, const QString& dir)
         workload.books = 200;
         workload.libraryPages = 10000;
         workload.largeSize = QSize(12000, 9000);
+        workload.bigBookPages = 2000;
+        workload.bigBookQuality = 92;
     } else {
         workload.scale = QStringLiteral("smoke");
         workload.comicPages = 4;
@@ -94,6 +96,8 @@ bool Workload::load(const QString& dir, Workload* workload, QString* error)
     workload->books = number("books");
     workload->libraryPages = number("libraryPages");
     workload->largeSize = QSize(number("largeWidth"), number("largeHeight"));
+    workload->bigBookPages = number("bigBookPages");
+    workload->bigBookQuality = number("bigBookQuality");
     return true;
 }
 
@@ -128,6 +132,21 @@ QString Workload::largeImage() const
     return dir + QStringLiteral("/large.jpg");
 }
 
+QString Workload::bigBook() const
+{
+    return dir + QStringLiteral("/big.cbz");
+}
+
+QString Workload::bigBookStart() const
+{
+    return dir + QStringLiteral("/big-start.cbz");
+}
+
+QString Workload::bigPageName(int index)
+{
+    return QStringLiteral("page-%1.jpg").arg(index + 1, 4, 10, QLatin1Char('0'));
+}
+
 QString Workload::pageName(int index)
 {
     return QStringLiteral("page-%1.jpg").arg(index + 1, 3, 10, QLatin1Char('0'));
@@ -150,5 +169,7 @@ QMap<QString, QString> Workload::fields() const
     add("libraryPages", libraryPages);
     add("largeWidth", largeSize.width());
     add("largeHeight", largeSize.height());
+    add("bigBookPages", bigBookPages);
+    add("bigBookQuality", bigBookQuality);
     return fields;
 }
