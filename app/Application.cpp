@@ -61,6 +61,20 @@ CommandOption manOption()
                        "\"tamber --man | man -l -\")."));
 }
 
+// An option as a usage error names it: its shortest spelling and its value,
+// "-o FILE".
+QString optionSyntax(const Command& command, const QString& name)
+{
+    for (const CommandOption& option : command.options()) {
+        if (!option.names().contains(name))
+            continue;
+        const QString shortest = option.names().first();
+        return (shortest.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + shortest
+            + QLatin1Char(' ') + option.valueName();
+    }
+    return name;
+}
+
 // errno of the first write to standard output that failed, else 0.
 int outputError = 0;
 
@@ -198,7 +212,32 @@ int Application::runCommand(const Command& command, const QStringList& arguments
         m_pluginSet = true;
         m_plugin = parser.value(plugin);
     }
-    return command.run(*this, parser);
+
+    const Command::Needs needs = command.needs();
+    Command::Invocation call { parser, parser.positionalArguments(), nullptr, QString() };
+    const int count = call.arguments.size();
+    if (count < needs.minimumArguments
+        || (needs.maximumArguments >= 0 && count > needs.maximumArguments))
+        return usageError(needs.argumentsError, &command);
+    if (!needs.requiredOption.isEmpty() && parser.value(needs.requiredOption).isEmpty())
+        return usageError(QStringLiteral("%1 needs %2")
+                              .arg(command.name(), optionSyntax(command, needs.requiredOption)),
+            &command);
+    if (needs.library != Command::Needs::NoLibrary || needs.book) {
+        if (!openLibrary(needs.library == Command::Needs::LibraryMadeIfMissing))
+            return UsageError;
+    }
+    if (needs.plugin) {
+        call.loader = loadPlugin();
+        if (!call.loader)
+            return UsageError;
+    }
+    if (needs.book) {
+        call.book = BookArgument::find(call.arguments.first());
+        if (call.book.isEmpty())
+            return Failed;
+    }
+    return command.run(*this, call);
 }
 
 QList<CommandOption> Application::commonOptions()
@@ -220,18 +259,18 @@ QStringList Application::pluginCandidates()
         folder + QStringLiteral("/plugins/") + pluginFileName };
 }
 
-bool Application::openLibrary(LibraryUse use)
+bool Application::openLibrary(bool makeIfMissing)
 {
     if (Library::isOpen())
         return true;
-    if (use == MustExist && !QFileInfo(libraryPath()).exists()) {
+    // Commands that only read must not make an empty library of a mistyped path.
+    if (!makeIfMissing && !QFileInfo(libraryPath()).exists()) {
         warn(QStringLiteral("%1: no such library; \"tamber import\" makes one").arg(libraryPath()));
         return false;
     }
-    QString error;
-    if (Library::open(libraryPath(), &error))
+    if (Library::open(libraryPath()))
         return true;
-    warn(QStringLiteral("cannot open the library: %1").arg(error));
+    warn(QStringLiteral("cannot open the library: %1").arg(Library::lastError()));
     return false;
 }
 
@@ -250,20 +289,6 @@ PluginLoader* Application::loadPlugin()
         return m_loader.get();
     warn(QStringLiteral("cannot load the plug-in: %1").arg(m_loader->errorString()));
     return nullptr;
-}
-
-Application::OpenedBook Application::openBook(const QString& argument)
-{
-    OpenedBook book;
-    book.status = UsageError;
-    if (!openLibrary(MustExist))
-        return book;
-    book.loader = loadPlugin();
-    if (!book.loader)
-        return book;
-    book.id = BookArgument::find(argument);
-    book.status = book.id.isEmpty() ? Failed : Success;
-    return book;
 }
 
 QString Application::libraryPath() const

@@ -34,28 +34,6 @@ public:
 
     int run();
 
-    enum LibraryUse { CreateIfMissing, MustExist };
-    // The library that --library, TAMBER_LIBRARY or the default location
-    // names. Commands that only read pass MustExist, so that a mistyped path
-    // makes no empty library. On failure the user has been told; exit with
-    // UsageError.
-    bool openLibrary(LibraryUse use = CreateIfMissing);
-    // The plug-in that --plugin, TAMBER_PLUGIN or the default names, loaded
-    // on first use. Null after telling the user why; exit with UsageError.
-    PluginLoader* loadPlugin();
-
-    // What a command that reads one stored book starts from.
-    struct OpenedBook
-    {
-        int status = Success; // else the user has been told why: exit with it
-        PluginLoader* loader = nullptr;
-        QString id;
-    };
-    // Opens the library, loads the plug-in and resolves BOOK to a stored book:
-    // UsageError when the library or the plug-in fails, Failed for a book that
-    // the library does not hold.
-    OpenedBook openBook(const QString& argument);
-
     QString libraryPath() const;
     // Empty when no option or variable names a plug-in and no candidate exists.
     QString pluginPath() const;
@@ -93,7 +71,15 @@ public:
 
 private:
     int dispatch();
+    // Parses the command's options, checks its arguments, opens what it
+    // needs and runs it.
     int runCommand(const Command& command, const QStringList& arguments);
+    // The library that --library, TAMBER_LIBRARY or the default location
+    // names. On failure the user has been told.
+    bool openLibrary(bool makeIfMissing);
+    // The plug-in that --plugin, TAMBER_PLUGIN or the default names. Null
+    // after telling the user why.
+    PluginLoader* loadPlugin();
 
     QStringList m_arguments;
     bool m_librarySet = false;

@@ -3,10 +3,12 @@
 
 #include "CommandLine.h"
 #include <QList>
+#include <QStringList>
 #include <QString>
 #include <QVector>
 
 class Application;
+class PluginLoader;
 
 // One command of the tamber program ("import", "list", ...). Commands keep no
 // state between runs; CommandTable holds one of each. What a command says about
@@ -29,6 +31,31 @@ public:
         QString description;
     };
 
+    // What the command needs before it runs. Application::runCommand checks
+    // the arguments and opens what is named here, once and in the same words
+    // for every command; a usage error or a failure to open ends the run.
+    struct Needs
+    {
+        enum LibraryUse { NoLibrary, ExistingLibrary, LibraryMadeIfMissing };
+
+        int minimumArguments = 0;
+        int maximumArguments = 0; // -1: any number
+        QString argumentsError; // the usage error when their number is wrong
+        QString requiredOption; // the name of an option that must be given
+        LibraryUse library = NoLibrary;
+        bool plugin = false;
+        // The first argument names a stored book (BOOK); implies an existing library.
+        bool book = false;
+    };
+    // What the command starts from.
+    struct Invocation
+    {
+        const CommandLine& options;
+        QStringList arguments;
+        PluginLoader* loader = nullptr; // when it needs the plug-in
+        QString book; // the book's id, when it needs a book
+    };
+
     virtual ~Command();
 
     virtual QString name() const = 0;
@@ -46,10 +73,11 @@ public:
     // Whether the command opens a window. The others run on Qt's offscreen
     // platform when no display is available.
     virtual bool needsWindow() const;
-    // Adds options() to the parser; the arguments are the command's to check.
+    virtual Needs needs() const = 0;
+    // Adds options() to the parser.
     void addOptions(CommandLine& parser) const;
-    // Runs with the parsed command line; returns the exit status.
-    virtual int run(Application& app, const CommandLine& parser) const = 0;
+    // Runs once what needs() names is there; returns the exit status.
+    virtual int run(Application& app, const Invocation& call) const = 0;
 };
 
 #endif

@@ -38,12 +38,26 @@ CommandOption::CommandOption(
 {
 }
 
+CommandOption& CommandOption::accepting(
+    std::function<bool(const QString&)> test, const QString& error)
+{
+    m_test = std::move(test);
+    m_error = error;
+    return *this;
+}
+
+QString CommandOption::problem(const QString& value) const
+{
+    return !m_test || m_test(value) ? QString() : m_error.arg(value);
+}
+
 struct CommandLine::Private
 {
     CLI::App app;
     PositionalMode mode = OptionsAnywhere;
     std::vector<std::string> positionals;
     QHash<QString, CLI::Option*> options;
+    QList<CommandOption> declared;
     QString error;
 };
 
@@ -63,6 +77,7 @@ CommandLine::~CommandLine() = default;
 
 void CommandLine::addOptions(const QList<CommandOption>& options)
 {
+    d->declared += options;
     for (const CommandOption& option : options) {
         QStringList spellings;
         for (const QString& name : option.names())
@@ -92,6 +107,12 @@ bool CommandLine::parse(const QStringList& arguments)
     }
     if (d->mode == StopAtFirstArgument)
         d->positionals = d->app.remaining();
+    for (const CommandOption& option : d->declared) {
+        if (isSet(option))
+            d->error = option.problem(value(option));
+        if (!d->error.isEmpty())
+            return false;
+    }
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 // An option of the tamber program: its names without dashes ("o", "output"),
@@ -18,14 +19,22 @@ public:
     CommandOption(const QStringList& names, const QString& description,
         const QString& valueName = QString());
 
+    // The values the option takes: test says whether it takes one; error is
+    // the usage error for one it does not, with %1 standing for the value.
+    CommandOption& accepting(std::function<bool(const QString&)> test, const QString& error);
+
     QStringList names() const { return m_names; }
     QString description() const { return m_description; }
     QString valueName() const { return m_valueName; }
+    // The usage error for the value, or empty when the option takes it.
+    QString problem(const QString& value) const;
 
 private:
     QStringList m_names;
     QString m_description;
     QString m_valueName;
+    std::function<bool(const QString&)> m_test;
+    QString m_error;
 };
 
 // A command line parsed against a set of options, by CLI11 under both Qts.
@@ -48,8 +57,9 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
 
     void addOptions(const QList<CommandOption>& options);
-    // arguments.first() is the program's name. False on a usage error, which
-    // errorText() then describes.
+    // arguments.first() is the program's name. False on a usage error (an
+    // unknown option, a value missing or not taken), which errorText() then
+    // describes.
     bool parse(const QStringList& arguments);
     QString errorText() const;
 

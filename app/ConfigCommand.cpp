@@ -53,12 +53,18 @@ QVector<Command::Example> ConfigCommand::examples() const
     };
 }
 
-int ConfigCommand::run(Application&, const CommandLine& parser) const
+Command::Needs ConfigCommand::needs() const
 {
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.isEmpty() || arguments.size() > 2)
-        return Application::usageError(
-            QStringLiteral("config needs a KEY and at most one VALUE"), this);
+    Needs needs;
+    needs.minimumArguments = 1;
+    needs.maximumArguments = 2;
+    needs.argumentsError = QStringLiteral("config needs a KEY and at most one VALUE");
+    return needs;
+}
+
+int ConfigCommand::run(Application&, const Invocation& call) const
+{
+    const QStringList& arguments = call.arguments;
     if (arguments.first() != accountName)
         return Application::usageError(QStringLiteral("unknown setting \"%1\" (known: %2)")
                                            .arg(arguments.first(), accountName),

@@ -52,19 +52,21 @@ QVector<Command::Example> CoverCommand::examples() const
         QStringLiteral("Writes the cover as a JPEG file.") } };
 }
 
-int CoverCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs CoverCommand::needs() const
 {
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() != 1)
-        return Application::usageError(QStringLiteral("cover needs one BOOK"), this);
-    const QString output = parser.value(QStringLiteral("output"));
-    if (output.isEmpty())
-        return Application::usageError(QStringLiteral("cover needs -o FILE"), this);
-    const Application::OpenedBook opened = app.openBook(arguments.first());
-    if (opened.status != Application::Success)
-        return opened.status;
-    const QString& id = opened.id;
-    const QImage cover = ParserHost(opened.loader->plugin()).coverImage(Library::book(id));
+    Needs needs;
+    needs.minimumArguments = needs.maximumArguments = 1;
+    needs.argumentsError = QStringLiteral("cover needs one BOOK");
+    needs.requiredOption = QStringLiteral("output");
+    needs.plugin = needs.book = true;
+    return needs;
+}
+
+int CoverCommand::run(Application&, const Invocation& call) const
+{
+    const QString output = call.options.value(QStringLiteral("output"));
+    const QString& id = call.book;
+    const QImage cover = ParserHost(call.loader->plugin()).coverImage(Library::book(id));
     if (cover.isNull()) {
         Application::warn(QStringLiteral("%1: the plug-in gave no cover").arg(id));
         return Application::Failed;

@@ -20,10 +20,17 @@ namespace Display {
 bool prepare(const QString& command, bool needsWindow);
 // The application object that draws there.
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
+// The environment variable that names where windows show, and what it does,
+// for the help.
+QString variable();
+QString variableHelp();
 // Why windows cannot be shown where the program draws, or empty when they can.
 QString windowProblem();
 // The room for a window on the display, or an invalid size when unknown.
 QSize availableSize();
+// Whether the window is on the screen, where a repaint reaches it: the
+// platform exposed it, or the display server gave it a region.
+bool isShown(QWidget* window);
 // Paints the widget now, onto the screen.
 void paint(QWidget* widget);
 // What the widget last painted, as the screen has it.

@@ -33,6 +33,17 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     return std::make_unique<QApplication>(argc, argv);
 }
 
+QString variable()
+{
+    return QStringLiteral("QT_QPA_PLATFORM");
+}
+
+QString variableHelp()
+{
+    return QStringLiteral("Qt's platform. When it is unset, the commands without a window use "
+                          "\"offscreen\" and need no display.");
+}
+
 QString windowProblem()
 {
     // A window on these platforms would never show, and reading would never end.
@@ -46,6 +57,11 @@ QSize availableSize()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? screen->availableGeometry().size() : QSize();
+}
+
+bool isShown(QWidget* window)
+{
+    return window->testAttribute(Qt::WA_Mapped);
 }
 
 void paint(QWidget* widget)

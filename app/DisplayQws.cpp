@@ -10,8 +10,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QPixmap>
 #include <QPointer>
+#include <QSharedMemory>
+#include <QWSServer>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -24,6 +25,23 @@ namespace {
 // the low ones.
 const int firstDisplay = 100;
 const int displayCount = 500;
+const QSize screenSize(1072, 1448);
+const int screenDepth = 32;
+
+// The screen's shared memory outlives a run that was killed, and the next
+// server of that display would take it over with a warning. Each run removes
+// those that no process has attached: detaching the last one removes it.
+void removeStaleScreens()
+{
+    const int bytes = screenSize.width() * screenSize.height() * screenDepth / 8;
+    for (int number = firstDisplay; number < firstDisplay + displayCount; ++number) {
+        QSharedMemory screen(QStringLiteral("/tmp/qtembedded-%1/QtEmbedded-%1_vnc_%1_%2")
+                                 .arg(number)
+                                 .arg(bytes));
+        if (screen.attach(QSharedMemory::ReadOnly))
+            screen.detach();
+    }
+}
 
 // Qt's own folder: where libQtCore was loaded from. The SDK keeps its fonts
 // in lib/fonts and its plug-ins in plugins beside lib.
@@ -56,9 +74,8 @@ int claimDisplay()
     return -1;
 }
 
-// The memory screen of a window-less run shows no window: the program's own
-// display server allocates them no region, so a repaint paints nothing. The
-// widget paints into an image instead, which stands for the screen.
+// What a widget painted, kept as a screen keeps it: a paint covers only what
+// it paints, and the rest stays as the last paint left it.
 struct Screen
 {
     QPointer<QWidget> widget;
@@ -98,7 +115,14 @@ bool prepare(const QString& command, bool needsWindow)
                               .arg(firstDisplay + displayCount - 1));
         return false;
     }
-    qputenv("QWS_DISPLAY", "VNC:size=1072x1448:depth=32:" + QByteArray::number(number));
+    removeStaleScreens();
+    qputenv("QWS_DISPLAY",
+        QStringLiteral("VNC:size=%1x%2:depth=%3:%4")
+            .arg(screenSize.width())
+            .arg(screenSize.height())
+            .arg(screenDepth)
+            .arg(number)
+            .toLatin1());
     qputenv("QWS_KEYBOARD", "None");
     qputenv("QWS_MOUSE_PROTO", "None");
     return true;
@@ -108,11 +132,27 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
 {
     std::unique_ptr<QApplication> application(
         new QApplication(argc, argv, QApplication::GuiServer));
+    // The server starts with painting off; as the device's, it paints the
+    // windows it shows.
+    QWSServer::instance()->enablePainting(true);
     // The image plug-ins of the Qt we run on, wherever it was unpacked.
     const QString plugins = qtLibraryFolder() + QStringLiteral("/../plugins");
     if (QFileInfo(plugins).isDir())
         QCoreApplication::addLibraryPath(QDir::cleanPath(plugins));
     return application;
+}
+
+QString variable()
+{
+    return QStringLiteral("QWS_DISPLAY");
+}
+
+QString variableHelp()
+{
+    return QStringLiteral("The display that read shows its window on, such as "
+                          "VNC:size=1072x1448:depth=32:0 (then a VNC viewer on port 5900). The "
+                          "commands without a window serve a display of their own and need "
+                          "none.");
 }
 
 QString windowProblem()
@@ -125,10 +165,22 @@ QSize availableSize()
     return QApplication::desktop()->availableGeometry().size();
 }
 
+bool isShown(QWidget* window)
+{
+    // Mapped as soon as it is shown; the server grants its region later.
+    return !window->visibleRegion().isEmpty();
+}
+
 void paint(QWidget* widget)
 {
-    screen().image = QPixmap::grabWidget(widget).toImage();
-    screen().widget = widget;
+    Screen& shown = screen();
+    if (shown.widget != widget || shown.image.size() != widget->size()) {
+        shown.image = QImage(widget->size(), QImage::Format_RGB32);
+        shown.image.fill(qRgb(255, 255, 255));
+        shown.widget = widget;
+    }
+    // Without its background: what the widget leaves unpainted stays.
+    widget->render(&shown.image, QPoint(), QRegion(), QWidget::DrawChildren);
 }
 
 QImage paintedImage(QWidget* widget)

@@ -5,6 +5,7 @@
 #include "Application.h"
 #include "Command.h"
 #include "CommandTable.h"
+#include "Display.h"
 #include "Library.h"
 
 #include <QCoreApplication>
@@ -50,9 +51,7 @@ QVector<Row> environment()
         { QStringLiteral("QT_LOGGING_RULES"),
             QStringLiteral("\"default.debug=true\" shows the plug-in's debug lines on "
                            "standard error; tamber hides them otherwise.") },
-        { QStringLiteral("QT_QPA_PLATFORM"),
-            QStringLiteral("Qt's platform. When it is unset, the commands without a window "
-                           "use \"offscreen\" and need no display.") },
+        { Display::variable(), Display::variableHelp() },
     };
 }
 

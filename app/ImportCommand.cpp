@@ -95,21 +95,26 @@ QVector<Command::Example> ImportCommand::examples() const
     };
 }
 
-int ImportCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs ImportCommand::needs() const
 {
-    QStringList paths = parser.positionalArguments();
-    if (paths.isEmpty())
-        return Application::usageError(QStringLiteral("import needs a file or folder"), this);
+    Needs needs;
+    needs.minimumArguments = 1;
+    needs.maximumArguments = -1;
+    needs.argumentsError = QStringLiteral("import needs a file or folder");
+    needs.library = Needs::LibraryMadeIfMissing;
+    needs.plugin = true;
+    return needs;
+}
+
+int ImportCommand::run(Application&, const Invocation& call) const
+{
+    PluginLoader* loader = call.loader;
+    QStringList paths = call.arguments;
     // A file URL names the same file as its path.
     for (QString& path : paths) {
         if (path.startsWith(QLatin1String("file://")))
             path.remove(0, 7);
     }
-    if (!app.openLibrary())
-        return Application::UsageError;
-    PluginLoader* loader = app.loadPlugin();
-    if (!loader)
-        return Application::UsageError;
 
     QStringList problems;
     const QStringList files

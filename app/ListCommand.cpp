@@ -45,20 +45,23 @@ QVector<Command::Example> ListCommand::examples() const
         QStringLiteral("Prints the books as JSON, for a script to read.") } };
 }
 
-int ListCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs ListCommand::needs() const
 {
-    if (!parser.positionalArguments().isEmpty())
-        return Application::usageError(QStringLiteral("list takes no arguments"), this);
-    if (!app.openLibrary(Application::MustExist))
-        return Application::UsageError;
-    QString error;
-    const QList<Volume> books = Library::books(&error);
-    if (!error.isEmpty()) {
-        Application::warn(QStringLiteral("cannot read the library: %1").arg(error));
+    Needs needs;
+    needs.argumentsError = QStringLiteral("list takes no arguments");
+    needs.library = Needs::ExistingLibrary;
+    return needs;
+}
+
+int ListCommand::run(Application&, const Invocation& call) const
+{
+    const QList<Volume> books = Library::books();
+    if (!Library::lastError().isEmpty()) {
+        Application::warn(QStringLiteral("cannot read the library: %1").arg(Library::lastError()));
         return Application::UsageError;
     }
 
-    if (parser.isSet(QStringLiteral("json"))) {
+    if (call.options.isSet(QStringLiteral("json"))) {
         QVector<QByteArray> items;
         for (const Volume& book : books)
             items << TraceJson::volume(book);

@@ -13,7 +13,8 @@ public:
     QString description() const override;
     QList<CommandOption> options() const override;
     QVector<Example> examples() const override;
-    int run(Application& app, const CommandLine& parser) const override;
+    Needs needs() const override;
+    int run(Application& app, const Invocation& call) const override;
 };
 
 #endif

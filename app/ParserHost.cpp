@@ -59,11 +59,10 @@ void ParserHost::pageletParsed(Pagelet& pagelet)
 void ParserHost::volumeParsed(Volume& volume, bool, bool)
 {
     HostTrace::Suppress ownBehalf;
-    QString error;
-    if (Library::storeBook(volume, m_pages, &error))
+    if (Library::storeBook(volume, m_pages))
         m_stored << Library::book(volume.getId());
     else
-        m_storeError = QStringLiteral("cannot store the book: %1").arg(error);
+        m_storeError = QStringLiteral("cannot store the book: %1").arg(Library::lastError());
     m_pages.clear();
 }
 

@@ -46,20 +46,24 @@ QVector<Command::Example> PluginCommand::examples() const
         QStringLiteral("Checks a freshly built plug-in.") } };
 }
 
-int PluginCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs PluginCommand::needs() const
 {
-    if (!parser.positionalArguments().isEmpty())
-        return Application::usageError(QStringLiteral("plugin takes no arguments"), this);
-    PluginLoader* loader = app.loadPlugin();
-    if (!loader)
-        return Application::UsageError;
+    Needs needs;
+    needs.argumentsError = QStringLiteral("plugin takes no arguments");
+    needs.plugin = true;
+    return needs;
+}
+
+int PluginCommand::run(Application&, const Invocation& call) const
+{
+    const PluginLoader* loader = call.loader;
 
     const QString file = QFileInfo(loader->fileName()).absoluteFilePath();
     const QString verification = QString::fromLatin1(loader->verificationText());
     const QStringList mimeTypes = loader->plugin()->mimeTypes();
     const QStringList patterns = loader->plugin()->fileExtensions();
 
-    if (parser.isSet(QStringLiteral("json"))) {
+    if (call.options.isSet(QStringLiteral("json"))) {
         Application::print(TraceJson::object({ { QStringLiteral("file"), TraceJson::string(file) },
                                { QStringLiteral("verification"), TraceJson::string(verification) },
                                { QStringLiteral("mimeTypes"), TraceJson::strings(mimeTypes) },

@@ -85,12 +85,11 @@ QString ReadCommand::description() const
 
 QList<CommandOption> ReadCommand::options() const
 {
-    return { CommandOption(QStringLiteral("size"),
+    return { SessionView::sizeOption(
         QStringLiteral("The emulated screen in pixels (default: %1x%2, the device's, shrunk "
                        "to fit the display).")
             .arg(deviceScreen.width())
-            .arg(deviceScreen.height()),
-        QStringLiteral("WxH")) };
+            .arg(deviceScreen.height())) };
 }
 
 QVector<Command::Argument> ReadCommand::arguments() const
@@ -108,29 +107,29 @@ QVector<Command::Example> ReadCommand::examples() const
     };
 }
 
-int ReadCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs ReadCommand::needs() const
 {
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() != 1)
-        return Application::usageError(QStringLiteral("read needs one BOOK"), this);
+    Needs needs;
+    needs.minimumArguments = needs.maximumArguments = 1;
+    needs.argumentsError = QStringLiteral("read needs one BOOK");
+    needs.plugin = needs.book = true;
+    return needs;
+}
+
+int ReadCommand::run(Application&, const Invocation& call) const
+{
     QSize screen = defaultScreen();
-    if (parser.isSet(QStringLiteral("size"))
-        && !SessionView::parseSize(parser.value(QStringLiteral("size")), &screen))
-        return Application::usageError(
-            QStringLiteral("--size takes %1").arg(SessionView::sizeHint()), this);
+    SessionView::parseSize(call.options.value(QStringLiteral("size")), &screen);
     const QString problem = Display::windowProblem();
     if (!problem.isEmpty()) {
         Application::warn(QStringLiteral("read opens a window, and %1").arg(problem));
         return Application::UsageError;
     }
-    const Application::OpenedBook opened = app.openBook(arguments.first());
-    if (opened.status != Application::Success)
-        return opened.status;
-    const QString& id = opened.id;
+    const QString& id = call.book;
 
     // Before the view exists: it grabs the recognizers' gesture types.
     registerGestureRecognizers();
-    ReadWindow window(opened.loader->plugin(), screen);
+    ReadWindow window(call.loader->plugin(), screen);
     if (!window.open(Library::book(id)))
         return Application::Failed;
     window.show();

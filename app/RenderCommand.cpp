@@ -67,20 +67,37 @@ QList<CommandOption> RenderCommand::options() const
 {
     return {
         CommandOption(QStringLiteral("page"),
-            QStringLiteral("The page, counted from 1 (default: 1)."), QStringLiteral("N")),
-        CommandOption(QStringLiteral("size"),
+            QStringLiteral("The page, counted from 1 (default: 1)."), QStringLiteral("N"))
+            .accepting([](const QString& text) { return text.toInt() >= 1; },
+                QStringLiteral("--page needs a number from 1")),
+        SessionView::sizeOption(
             QStringLiteral("The emulated screen in pixels, each side from 1 to %1 (default: "
                            "1072x1448, the device's).")
-                .arg(SessionView::maximumSide),
-            QStringLiteral("WxH")),
+                .arg(SessionView::maximumSide)),
         CommandOption(QStringLiteral("zoom"),
             QStringLiteral("The zoom factor, from 1 to 3: 1 fits the page to the screen, 2 "
                            "shows its top left part at twice that size (default: 1)."),
-            QStringLiteral("Z")),
+            QStringLiteral("Z"))
+            .accepting(
+                [](const QString& text) {
+                    bool ok = false;
+                    const double zoom = text.toDouble(&ok);
+                    return ok && std::isfinite(zoom) && zoom >= minimumZoom && zoom <= maximumZoom;
+                },
+                QStringLiteral("--zoom needs a number from %1 to %2")
+                    .arg(minimumZoom, 0, 'f', 1)
+                    .arg(maximumZoom, 0, 'f', 1)),
         CommandOption(QStringLiteral("orientation"),
             QStringLiteral("0 or 2 upright, 1 or 3 turned to landscape (default: as the page "
                            "decides)."),
-            QStringLiteral("O")),
+            QStringLiteral("O"))
+            .accepting(
+                [](const QString& text) {
+                    bool ok = false;
+                    const int orientation = text.toInt(&ok);
+                    return ok && orientation >= 0 && orientation <= 3;
+                },
+                QStringLiteral("--orientation needs 0, 1, 2 or 3")),
         CommandOption({ QStringLiteral("o"), QStringLiteral("output") },
             QStringLiteral("The image file to write (required)."), QStringLiteral("FILE")),
     };
@@ -103,43 +120,31 @@ QVector<Command::Example> RenderCommand::examples() const
     };
 }
 
-int RenderCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs RenderCommand::needs() const
 {
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() != 1)
-        return Application::usageError(QStringLiteral("render needs one BOOK"), this);
-    const QString output = parser.value(QStringLiteral("output"));
-    if (output.isEmpty())
-        return Application::usageError(QStringLiteral("render needs -o FILE"), this);
+    Needs needs;
+    needs.minimumArguments = needs.maximumArguments = 1;
+    needs.argumentsError = QStringLiteral("render needs one BOOK");
+    needs.requiredOption = QStringLiteral("output");
+    needs.plugin = needs.book = true;
+    return needs;
+}
 
-    bool ok = true;
-    const int page = parser.isSet(QStringLiteral("page"))
-        ? parser.value(QStringLiteral("page")).toInt(&ok)
+int RenderCommand::run(Application&, const Invocation& call) const
+{
+    // The options' values are checked as the command line is parsed.
+    const CommandLine& options = call.options;
+    const QString output = options.value(QStringLiteral("output"));
+    const int page = options.isSet(QStringLiteral("page"))
+        ? options.value(QStringLiteral("page")).toInt()
         : 1;
-    if (!ok || page < 1)
-        return Application::usageError(QStringLiteral("--page needs a number from 1"), this);
     QSize screen = SessionView::defaultScreen();
-    if (parser.isSet(QStringLiteral("size"))
-        && !SessionView::parseSize(parser.value(QStringLiteral("size")), &screen))
-        return Application::usageError(
-            QStringLiteral("--size needs %1").arg(SessionView::sizeHint()), this);
-    const bool zoomSet = parser.isSet(QStringLiteral("zoom"));
-    const double zoom = zoomSet ? parser.value(QStringLiteral("zoom")).toDouble(&ok) : 1.0;
-    if (!ok || !std::isfinite(zoom) || zoom < minimumZoom || zoom > maximumZoom)
-        return Application::usageError(QStringLiteral("--zoom needs a number from %1 to %2")
-                                           .arg(minimumZoom, 0, 'f', 1)
-                                           .arg(maximumZoom, 0, 'f', 1),
-            this);
-    const bool orientationSet = parser.isSet(QStringLiteral("orientation"));
-    const int orientation
-        = orientationSet ? parser.value(QStringLiteral("orientation")).toInt(&ok) : 0;
-    if (!ok || orientation < 0 || orientation > 3)
-        return Application::usageError(QStringLiteral("--orientation needs 0, 1, 2 or 3"), this);
-
-    const Application::OpenedBook opened = app.openBook(arguments.first());
-    if (opened.status != Application::Success)
-        return opened.status;
-    const QString& id = opened.id;
+    SessionView::parseSize(options.value(QStringLiteral("size")), &screen);
+    const bool zoomSet = options.isSet(QStringLiteral("zoom"));
+    const double zoom = zoomSet ? options.value(QStringLiteral("zoom")).toDouble() : 1.0;
+    const bool orientationSet = options.isSet(QStringLiteral("orientation"));
+    const int orientation = options.value(QStringLiteral("orientation")).toInt();
+    const QString& id = call.book;
     const int pageCount = Library::pages(id).size();
     if (page > pageCount) {
         Application::warn(
@@ -149,7 +154,7 @@ int RenderCommand::run(Application& app, const CommandLine& parser) const
 
     registerGestureRecognizers();
     PluginState state;
-    SessionView view(opened.loader->plugin(), &state, screen);
+    SessionView view(call.loader->plugin(), &state, screen);
     if (!view.open()) {
         Application::warn(QStringLiteral("the plug-in gave no reading view"));
         return Application::Failed;

@@ -88,9 +88,8 @@ QString SessionCommand::description() const
 
 QList<CommandOption> SessionCommand::options() const
 {
-    return { CommandOption(QStringLiteral("size"),
-        QStringLiteral("The emulated screen in pixels (default: 1072x1448, the device's)."),
-        QStringLiteral("WxH")) };
+    return { SessionView::sizeOption(
+        QStringLiteral("The emulated screen in pixels (default: 1072x1448, the device's).")) };
 }
 
 QVector<Command::Argument> SessionCommand::arguments() const
@@ -112,17 +111,21 @@ QVector<Command::Example> SessionCommand::examples() const
     };
 }
 
-int SessionCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs SessionCommand::needs() const
 {
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() > 1)
-        return Application::usageError(QStringLiteral("session takes one SCRIPT"), this);
+    Needs needs;
+    needs.maximumArguments = 1;
+    needs.argumentsError = QStringLiteral("session takes one SCRIPT");
+    needs.library = Needs::LibraryMadeIfMissing;
+    needs.plugin = true;
+    return needs;
+}
+
+int SessionCommand::run(Application&, const Invocation& call) const
+{
+    const QStringList& arguments = call.arguments;
     QSize screen = SessionView::defaultScreen();
-    const QString size = parser.value(QStringLiteral("size"));
-    if (!size.isEmpty() && !SessionView::parseSize(size, &screen))
-        return Application::usageError(
-            QStringLiteral("bad size \"%1\": expected %2").arg(size, SessionView::sizeHint()),
-            this);
+    SessionView::parseSize(call.options.value(QStringLiteral("size")), &screen);
 
     const bool fromFile = !arguments.isEmpty() && arguments.first() != QLatin1String("-");
     QString script;
@@ -136,14 +139,8 @@ int SessionCommand::run(Application& app, const CommandLine& parser) const
         const QByteArray bytes = file.readAll();
         script = QString::fromUtf8(bytes.constData(), bytes.size());
     }
-    if (!app.openLibrary())
-        return Application::UsageError;
-    PluginLoader* loader = app.loadPlugin();
-    if (!loader)
-        return Application::UsageError;
-
     registerGestureRecognizers();
-    Session session(loader->plugin(), screen);
+    Session session(call.loader->plugin(), screen);
     if (fromFile) {
         for (const ScriptLine& line : SessionScript::parse(script))
             session.run(line);

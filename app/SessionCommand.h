@@ -15,7 +15,8 @@ public:
     QList<CommandOption> options() const override;
     QVector<Argument> arguments() const override;
     QVector<Example> examples() const override;
-    int run(Application& app, const CommandLine& parser) const override;
+    Needs needs() const override;
+    int run(Application& app, const Invocation& call) const override;
 };
 
 #endif

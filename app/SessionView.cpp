@@ -25,13 +25,13 @@
 
 namespace {
 
-// Runs the event loop until the window may be painted: the repaint manager
-// paints only windows that the platform has exposed.
-void waitUntilMapped(QWidget* window)
+// Runs the event loop until the window may be painted: Qt paints only
+// windows that are on the screen.
+void waitUntilShown(QWidget* window)
 {
     QElapsedTimer timer;
     timer.start();
-    while (!window->testAttribute(Qt::WA_Mapped) && timer.elapsed() < 5000) {
+    while (!Display::isShown(window) && timer.elapsed() < 5000) {
         QEventLoop loop;
         QTimer::singleShot(5, &loop, SLOT(quit()));
         loop.exec();
@@ -75,10 +75,16 @@ bool SessionView::parseSize(const QString& text, QSize* size)
     return true;
 }
 
-QString SessionView::sizeHint()
+CommandOption SessionView::sizeOption(const QString& description)
 {
-    return QStringLiteral("WxH with each side from 1 to %1 pixels, such as 1072x1448")
-        .arg(maximumSide);
+    return CommandOption(QStringLiteral("size"), description, QStringLiteral("WxH"))
+        .accepting(
+            [](const QString& text) {
+                QSize size;
+                return parseSize(text, &size);
+            },
+            QStringLiteral("bad size \"%1\": expected WxH with each side from 1 to ")
+                + QString::number(maximumSide) + QStringLiteral(" pixels, such as 1072x1448"));
 }
 
 bool SessionView::writeImage(const QImage& image, const QString& fileName, QString* error)
@@ -121,7 +127,7 @@ bool SessionView::open()
     auto* handle = new QWidget(container);
     handle->hide();
     container->show();
-    waitUntilMapped(container);
+    waitUntilShown(container);
     m_container = container;
     connect(container, SIGNAL(destroyed()), this, SLOT(containerDestroyed()));
 

@@ -1,6 +1,8 @@
 #ifndef SESSIONVIEW_H
 #define SESSIONVIEW_H
 
+#include "CommandLine.h"
+
 #include <QImage>
 #include <QObject>
 #include <QPointer>
@@ -34,8 +36,8 @@ public:
     static const int maximumSide = 16384;
     // "WxH" with both sides from 1 to maximumSide.
     static bool parseSize(const QString& text, QSize* size);
-    // What --size takes, for a usage error.
-    static QString sizeHint();
+    // --size WxH, which takes what parseSize does.
+    static CommandOption sizeOption(const QString& description);
     // In the format that the file's suffix names, PNG when it names none.
     static bool writeImage(const QImage& image, const QString& fileName, QString* error);
     // Runs the event loop for that long; 0 handles the pending events only.

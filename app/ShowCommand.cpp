@@ -51,20 +51,22 @@ QVector<Command::Example> ShowCommand::examples() const
         QStringLiteral("Shows the book imported from that file, and its pages.") } };
 }
 
-int ShowCommand::run(Application& app, const CommandLine& parser) const
+Command::Needs ShowCommand::needs() const
 {
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() != 1)
-        return Application::usageError(QStringLiteral("show needs one BOOK"), this);
-    if (!app.openLibrary(Application::MustExist))
-        return Application::UsageError;
-    const QString id = BookArgument::find(arguments.first());
-    if (id.isEmpty())
-        return Application::Failed;
+    Needs needs;
+    needs.minimumArguments = needs.maximumArguments = 1;
+    needs.argumentsError = QStringLiteral("show needs one BOOK");
+    needs.book = true;
+    return needs;
+}
+
+int ShowCommand::run(Application&, const Invocation& call) const
+{
+    const QString& id = call.book;
     const Volume book = Library::book(id);
     const QVector<Pagelet> pages = Library::pages(id);
 
-    if (parser.isSet(QStringLiteral("json"))) {
+    if (call.options.isSet(QStringLiteral("json"))) {
         QVector<QByteArray> items;
         for (const Pagelet& page : pages)
             items << TraceJson::pagelet(page);

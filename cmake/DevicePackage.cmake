@@ -7,6 +7,10 @@
 #   lib/tamber/imageformats/libqwebp.so    Qt image plug-ins for page formats
 #                                          the device's Qt lacks, where its Qt
 #                                          looks: the application's folder
+#   share/doc/tamber-comics/LICENSE        the project's licence
+#   share/doc/tamber-comics/THIRD-PARTY-NOTICES
+#                                          the notices of the libraries that
+#                                          the ARM binaries link statically
 #
 # scripts/package writes it as tamber-comics-device-VERSION-ARCH.tar.gz.
 
@@ -30,6 +34,18 @@ if(tamber_image_plugins)
 endif()
 # The cross build's extractor is a program built elsewhere and copied in.
 install(PROGRAMS ${CMAKE_BINARY_DIR}/bin/unrar DESTINATION ${TAMBER_APP_DIR} COMPONENT device)
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION share/doc/tamber-comics COMPONENT device)
+if(CMAKE_CROSSCOMPILING)
+  # Made from the copyright files of the packages the libraries were built from.
+  set(notices ${CMAKE_BINARY_DIR}/THIRD-PARTY-NOTICES)
+  add_custom_command(OUTPUT ${notices}
+    COMMAND ${PROJECT_SOURCE_DIR}/scripts/third-party-notices ${TAMBER_DEVICE_PREFIX} ${notices}
+    DEPENDS ${PROJECT_SOURCE_DIR}/scripts/third-party-notices
+    COMMENT "Writing the third-party notices")
+  add_custom_target(third-party-notices ALL DEPENDS ${notices})
+  install(FILES ${notices} DESTINATION share/doc/tamber-comics COMPONENT device)
+endif()
 
 set(CPACK_PACKAGE_NAME tamber-comics-device)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

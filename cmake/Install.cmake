@@ -14,6 +14,8 @@
 #                                          program
 #   lib/libtamber.so.0                     the host library
 #   share/man/man1/tamber.1                the manual page
+#   share/doc/tamber/copyright             the licence, in Debian's format
+#   share/doc/tamber-comics/LICENSE        the licence, in the device part
 #
 # The programs live in lib/tamber rather than in bin because the extractor must
 # lie beside the program, and a program called unrar in bin would shadow the
@@ -46,6 +48,21 @@ foreach(component device desktop)
   install(TARGETS ${tamber_image_plugins} LIBRARY DESTINATION ${TAMBER_APP_DIR}/imageformats
     COMPONENT ${component})
 endforeach()
+
+# The desktop's libraries are the system's, linked dynamically: only the
+# project's own licence travels, for the Debian package in Debian's
+# machine-readable format (where MIT's text is named Expat).
+file(READ ${PROJECT_SOURCE_DIR}/LICENSE licence)
+string(REGEX REPLACE "^MIT License\n\n" "" licence "${licence}")
+string(STRIP "${licence}" licence)
+string(REPLACE "\n\n" "\n.\n" licence "${licence}")
+string(REPLACE "\n" "\n " licence "${licence}")
+file(WRITE ${CMAKE_BINARY_DIR}/copyright
+  "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"
+  "Upstream-Name: tamber\n\n"
+  "Files: *\nCopyright: 2026 The Tamber comics developers\nLicense: Expat\n ${licence}\n")
+install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION share/doc/tamber COMPONENT desktop)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION share/doc/tamber-comics COMPONENT device)
 
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/install)
 file(CREATE_LINK ../${TAMBER_APP_DIR}/tamber ${CMAKE_BINARY_DIR}/install/tamber SYMBOLIC)

@@ -118,12 +118,23 @@ inline void showDebugLines(bool shown)
 #endif
 }
 
+namespace detail {
+inline long long& fixedArrival()
+{
+    static long long time = -1;
+    return time;
+}
+} // namespace detail
+
 // When an input event happened, in milliseconds. Qt 4's events carry no
-// time: there it is when the event arrives.
+// time: there it is when the event arrives, unless recorded input that is
+// played back fixes it (setArrivalTime).
 inline unsigned long eventTime(const QInputEvent* event)
 {
 #if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     Q_UNUSED(event);
+    if (detail::fixedArrival() >= 0)
+        return static_cast<unsigned long>(detail::fixedArrival());
     static QElapsedTimer clock;
     if (!clock.isValid())
         clock.start();
@@ -131,6 +142,13 @@ inline unsigned long eventTime(const QInputEvent* event)
 #else
     return event->timestamp();
 #endif
+}
+
+// Under Qt 4, the time at which the events that follow arrived, as recorded;
+// a negative time goes back to the clock. Qt 5's events carry their own.
+inline void setArrivalTime(long long milliseconds)
+{
+    detail::fixedArrival() = milliseconds;
 }
 
 // The wheel's turn in eighths of a degree, up positive.

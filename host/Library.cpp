@@ -45,11 +45,24 @@ QSqlQuery statement(const QString& sql)
     return query;
 }
 
-bool fail(QString* error, const QString& message)
+// Why the last call failed, for people; each call starts by clearing it.
+QString& lastMessage()
 {
-    if (error)
-        *error = message;
+    static QString message;
+    return message;
+}
+
+bool fail(const QString& message)
+{
+    lastMessage() = message;
     return false;
+}
+
+// Every call starts here: no error yet, and false with one when no library is open.
+bool begin()
+{
+    lastMessage().clear();
+    return Library::isOpen() || fail(QStringLiteral("no library is open"));
 }
 
 // Dates are stored as ISO 8601 text in UTC with milliseconds; NULL when invalid.
@@ -134,22 +147,6 @@ Bookmark dogEarFromQuery(const QSqlQuery& query)
     return dogEar;
 }
 
-// Runs one write statement in a transaction of its own.
-bool write(const QString& sql, const QVariantList& values)
-{
-    QSqlDatabase db = database();
-    if (!db.isOpen() || !db.transaction())
-        return false;
-    QSqlQuery query = statement(sql);
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec() || !db.commit()) {
-        db.rollback();
-        return false;
-    }
-    return true;
-}
-
 // SQLite's own text for a damaged file ("database disk image is malformed
 // Unable to execute statement") tells a person nothing of what to do.
 QString forPeople(const QString& path, const QString& message)
@@ -160,6 +157,45 @@ QString forPeople(const QString& path, const QString& message)
                               "or move it away and import the comics again")
             .arg(path);
     return QStringLiteral("%1: %2").arg(path, message);
+}
+
+// A statement that failed: its error, in words for people.
+bool failed(const QSqlQuery& query)
+{
+    return fail(forPeople(openPath, query.lastError().text()));
+}
+
+// Runs the statement with these values; false with the error when it fails.
+bool run(QSqlQuery& query, const QVariantList& values)
+{
+    for (const QVariant& value : values)
+        query.addBindValue(value);
+    return query.exec() || failed(query);
+}
+
+// Runs statements in one transaction: all of them, or none when one fails.
+template <typename Statements> bool transaction(Statements statements)
+{
+    QSqlDatabase db = database();
+    if (!db.transaction())
+        return fail(forPeople(openPath, db.lastError().text()));
+    if (statements() && db.commit())
+        return true;
+    if (lastMessage().isEmpty())
+        fail(forPeople(openPath, db.lastError().text()));
+    db.rollback();
+    return false;
+}
+
+// Runs one write statement in a transaction of its own.
+bool write(const QString& sql, const QVariantList& values)
+{
+    if (!begin())
+        return false;
+    return transaction([&] {
+        QSqlQuery query = statement(sql);
+        return run(query, values);
+    });
 }
 
 void removeFiles(const QString& path)
@@ -179,16 +215,22 @@ QString Library::defaultPath()
     return data + QStringLiteral("/tamber/library.sqlite");
 }
 
-bool Library::open(const QString& path, QString* error)
+QString Library::lastError()
+{
+    return lastMessage();
+}
+
+bool Library::open(const QString& path)
 {
     close();
+    lastMessage().clear();
 
     const QFileInfo info(path);
     if (!path.isEmpty() && !info.exists() && !QDir().mkpath(info.absolutePath()))
-        return fail(
-            error, QStringLiteral("%1: cannot make the folder %2").arg(path, info.absolutePath()));
-    if (!LibraryFile::check(path, error))
-        return false;
+        return fail(QStringLiteral("%1: cannot make the folder %2").arg(path, info.absolutePath()));
+    QString problem;
+    if (!LibraryFile::check(path, &problem))
+        return fail(problem);
     const bool isNew = !info.exists();
 
     bool ok = false;
@@ -210,7 +252,7 @@ bool Library::open(const QString& path, QString* error)
     // A file that this call created is taken away again.
     if (isNew)
         removeFiles(path);
-    return fail(error, forPeople(path, message));
+    return fail(forPeople(path, message));
 }
 
 void Library::close()
@@ -233,102 +275,79 @@ QString Library::path()
     return openPath;
 }
 
-bool Library::storeBook(const Volume& volume, const QVector<Pagelet>& pages, QString* error)
+bool Library::storeBook(const Volume& volume, const QVector<Pagelet>& pages)
 {
-    if (!isOpen())
-        return fail(error, QStringLiteral("no library is open"));
-    QSqlDatabase db = database();
-    if (!db.transaction())
-        return fail(error, db.lastError().text());
-
-    // The reading position and status belong to the reader, not to the file:
-    // a re-import leaves them as they were.
-    QSqlQuery query = statement(QStringLiteral(
-        "INSERT INTO volumes (id, title, author, description, mime_type, date, content_type,"
-        " user_id, image_id, page_count) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
-        " ON CONFLICT (id) DO UPDATE SET title = excluded.title, author = excluded.author,"
-        " description = excluded.description, mime_type = excluded.mime_type,"
-        " date = excluded.date, content_type = excluded.content_type,"
-        " user_id = excluded.user_id, image_id = excluded.image_id,"
-        " page_count = excluded.page_count"));
-    const QVariant title = volume.attribute(ATTRIBUTE_TITLE).isValid()
-        ? attributeValue(volume, ATTRIBUTE_TITLE)
-        : QVariant(volume.getTitle());
-    query.addBindValue(text(volume.getId()));
-    query.addBindValue(title);
-    query.addBindValue(attributeValue(volume, ATTRIBUTE_ATTRIBUTION));
-    query.addBindValue(attributeValue(volume, ATTRIBUTE_DESCRIPTION));
-    query.addBindValue(attributeValue(volume, ATTRIBUTE_MIME_TYPE));
-    query.addBindValue(dateValue(volume.attribute(ATTRIBUTE_DATE).toDateTime()));
-    query.addBindValue(text(volume.getContentType()));
-    query.addBindValue(text(volume.getUserID()));
-    query.addBindValue(text(volume.getImageId()));
-    query.addBindValue(volume.pageCount());
-    bool ok = query.exec();
-
-    if (ok) {
-        query = statement(QStringLiteral("DELETE FROM pages WHERE book_id = ?"));
-        query.addBindValue(text(volume.getId()));
-        ok = query.exec();
-    }
-    if (ok) {
-        query = statement(QStringLiteral("INSERT INTO pages (book_id, id, volume_index, title,"
-                                         " content_type, mime_type, user_id, image_id)"
-                                         " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
-        for (const Pagelet& page : pages) {
-            query.addBindValue(text(page.getBookId()));
-            query.addBindValue(text(page.getId()));
-            query.addBindValue(page.getVolumeIndex());
-            query.addBindValue(text(page.getTitle()));
-            query.addBindValue(text(page.getContentType()));
-            query.addBindValue(attributeValue(page, ATTRIBUTE_MIME_TYPE));
-            query.addBindValue(text(page.getUserID()));
-            query.addBindValue(text(page.getImageId()));
-            if (!(ok = query.exec()))
-                break;
+    if (!begin())
+        return false;
+    return transaction([&] {
+        // The reading position and status belong to the reader, not to the
+        // file: a re-import leaves them as they were.
+        QSqlQuery book = statement(QStringLiteral(
+            "INSERT INTO volumes (id, title, author, description, mime_type, date, content_type,"
+            " user_id, image_id, page_count) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"
+            " ON CONFLICT (id) DO UPDATE SET title = excluded.title, author = excluded.author,"
+            " description = excluded.description, mime_type = excluded.mime_type,"
+            " date = excluded.date, content_type = excluded.content_type,"
+            " user_id = excluded.user_id, image_id = excluded.image_id,"
+            " page_count = excluded.page_count"));
+        const QVariant title = volume.attribute(ATTRIBUTE_TITLE).isValid()
+            ? attributeValue(volume, ATTRIBUTE_TITLE)
+            : QVariant(volume.getTitle());
+        if (!run(book,
+                { text(volume.getId()), title, attributeValue(volume, ATTRIBUTE_ATTRIBUTION),
+                    attributeValue(volume, ATTRIBUTE_DESCRIPTION),
+                    attributeValue(volume, ATTRIBUTE_MIME_TYPE),
+                    dateValue(volume.attribute(ATTRIBUTE_DATE).toDateTime()),
+                    text(volume.getContentType()), text(volume.getUserID()),
+                    text(volume.getImageId()), volume.pageCount() }))
+            return false;
+        QSqlQuery oldPages = statement(QStringLiteral("DELETE FROM pages WHERE book_id = ?"));
+        if (!run(oldPages, { text(volume.getId()) }))
+            return false;
+        QSqlQuery page = statement(QStringLiteral("INSERT INTO pages (book_id, id, volume_index,"
+                                                  " title, content_type, mime_type, user_id,"
+                                                  " image_id) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
+        for (const Pagelet& record : pages) {
+            if (!run(page,
+                    { text(record.getBookId()), text(record.getId()), record.getVolumeIndex(),
+                        text(record.getTitle()), text(record.getContentType()),
+                        attributeValue(record, ATTRIBUTE_MIME_TYPE), text(record.getUserID()),
+                        text(record.getImageId()) }))
+                return false;
         }
-    }
-
-    if (ok && db.commit())
         return true;
-    const QString message
-        = query.lastError().isValid() ? query.lastError().text() : db.lastError().text();
-    db.rollback();
-    return fail(error, message);
+    });
 }
 
-QList<Volume> Library::books(QString* error)
+QList<Volume> Library::books()
 {
     QList<Volume> result;
-    if (!isOpen()) {
-        fail(error, QStringLiteral("no library is open"));
+    if (!begin())
         return result;
-    }
-    QSqlQuery query(database());
-    if (!query.exec(QStringLiteral("SELECT %1 FROM volumes ORDER BY title COLLATE NOCASE, id")
-                        .arg(QLatin1String(volumeColumns)))) {
-        fail(error, forPeople(openPath, query.lastError().text()));
+    QSqlQuery query = statement(QStringLiteral("SELECT %1 FROM volumes ORDER BY title COLLATE"
+                                               " NOCASE, id")
+                                    .arg(QLatin1String(volumeColumns)));
+    if (!run(query, {}))
         return result;
-    }
     while (query.next())
         result << volumeFromQuery(query);
     // A damaged page shows only when the walk reaches it.
     if (query.lastError().isValid()) {
-        fail(error, forPeople(openPath, query.lastError().text()));
+        failed(query);
         result.clear();
     }
+    query.finish();
     return result;
 }
 
 Volume Library::book(const QString& id)
 {
-    if (!isOpen())
+    if (!begin())
         return Volume();
     QSqlQuery query = statement(
         QStringLiteral("SELECT %1 FROM volumes WHERE id = ?").arg(QLatin1String(volumeColumns)));
-    query.addBindValue(text(id));
     Volume volume;
-    if (query.exec() && query.next())
+    if (run(query, { text(id) }) && query.next())
         volume = volumeFromQuery(query);
     query.finish();
     return volume;
@@ -337,14 +356,13 @@ Volume Library::book(const QString& id)
 QVector<Pagelet> Library::pages(const QString& bookId)
 {
     QVector<Pagelet> result;
-    if (!isOpen())
+    if (!begin())
         return result;
     QSqlQuery query
         = statement(QStringLiteral("SELECT id, book_id, volume_index, title, content_type,"
                                    " mime_type, user_id, image_id FROM pages WHERE book_id = ?"
                                    " ORDER BY volume_index, row"));
-    query.addBindValue(text(bookId));
-    if (!query.exec())
+    if (!run(query, { text(bookId) }))
         return result;
     while (query.next()) {
         Pagelet page;
@@ -379,13 +397,12 @@ bool Library::updateReadingStatus(const QString& volumeId, int status)
 
 bool Library::readingState(const QString& volumeId, ReadingState* state)
 {
-    if (!isOpen())
+    if (!begin())
         return false;
     QSqlQuery query = statement(QStringLiteral(
         "SELECT bookmarked_page_id, percent_read, bookmark_date, read_status FROM volumes"
         " WHERE id = ?"));
-    query.addBindValue(text(volumeId));
-    const bool found = query.exec() && query.next();
+    const bool found = run(query, { text(volumeId) }) && query.next();
     if (found) {
         state->pageId = query.value(0).toString();
         state->percent = query.value(1).toInt();
@@ -407,60 +424,52 @@ bool Library::setReadingState(const QString& volumeId, const ReadingState& state
 QList<Bookmark> Library::dogEars(const QString& volumeId)
 {
     QList<Bookmark> result;
-    if (!isOpen())
+    if (!begin())
         return result;
-    QSqlQuery query(database());
-    query.prepare(QStringLiteral("SELECT id, page_key, content_id, volume_id, text, chapter_index,"
-                                 " page_offset, extra_data, progress, date, hidden FROM dog_ears"
-                                 " WHERE book_id = ? ORDER BY id"));
-    query.addBindValue(text(volumeId));
-    if (!query.exec())
+    QSqlQuery query
+        = statement(QStringLiteral("SELECT id, page_key, content_id, volume_id, text,"
+                                   " chapter_index, page_offset, extra_data, progress, date,"
+                                   " hidden FROM dog_ears WHERE book_id = ? ORDER BY id"));
+    if (!run(query, { text(volumeId) }))
         return result;
     while (query.next())
         result << dogEarFromQuery(query);
+    query.finish();
     return result;
 }
 
 qint64 Library::addDogEar(const QString& bookId, const Bookmark& dogEar)
 {
-    QSqlDatabase db = database();
-    if (!db.isOpen() || !db.transaction())
+    if (!begin())
         return 0;
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO dog_ears (book_id, page_key, content_id, volume_id,"
-                                 " text, chapter_index, page_offset, extra_data, progress, date,"
-                                 " hidden) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-    for (const QVariant& value : { QVariant(text(bookId)), QVariant(dogEar.getPageKey()),
-             text(dogEar.getContentId()), text(dogEar.getVolumeId()), text(dogEar.getText()),
-             QVariant(dogEar.getChapterIndex()), QVariant(dogEar.getOffset()),
-             text(dogEar.getExtraData()), QVariant(dogEar.getProgress()),
-             dateValue(dogEar.getDateCreated()), QVariant(dogEar.isHidden()) })
-        query.addBindValue(value);
-    if (!query.exec()) {
-        db.rollback();
-        return 0;
-    }
-    const qint64 key = query.lastInsertId().toLongLong();
-    if (!db.commit()) {
-        db.rollback();
-        return 0;
-    }
-    return key;
+    qint64 key = 0;
+    transaction([&] {
+        QSqlQuery query = statement(
+            QStringLiteral("INSERT INTO dog_ears (book_id, page_key, content_id, volume_id, text,"
+                           " chapter_index, page_offset, extra_data, progress, date, hidden)"
+                           " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        if (!run(query,
+                { text(bookId), dogEar.getPageKey(), text(dogEar.getContentId()),
+                    text(dogEar.getVolumeId()), text(dogEar.getText()), dogEar.getChapterIndex(),
+                    dogEar.getOffset(), text(dogEar.getExtraData()), dogEar.getProgress(),
+                    dateValue(dogEar.getDateCreated()), dogEar.isHidden() }))
+            return false;
+        key = query.lastInsertId().toLongLong();
+        return true;
+    });
+    return lastMessage().isEmpty() ? key : 0;
 }
 
 bool Library::removeDogEars(const QList<qint64>& keys)
 {
-    QSqlDatabase db = database();
-    if (!db.isOpen() || !db.transaction())
+    if (!begin())
         return false;
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("DELETE FROM dog_ears WHERE id = ?"));
-    for (qint64 key : keys) {
-        query.addBindValue(key);
-        if (!query.exec()) {
-            db.rollback();
-            return false;
+    return transaction([&] {
+        QSqlQuery query = statement(QStringLiteral("DELETE FROM dog_ears WHERE id = ?"));
+        for (qint64 key : keys) {
+            if (!run(query, { key }))
+                return false;
         }
-    }
-    return db.commit();
+        return true;
+    });
 }

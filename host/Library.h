@@ -13,27 +13,30 @@
 
 // The host's library file: one SQLite database behind VolumeManager,
 // PageletManager and DogEarManager. One library is open per process.
+// A call that fails (false, 0, an empty record or list) says why in
+// lastError(), for people, until the next call.
 class TAMBER_EXPORT Library
 {
 public:
     // $XDG_DATA_HOME/tamber/library.sqlite
     static QString defaultPath();
 
-    // Opens the file, creating or migrating its schema. On failure returns false
-    // with a message for people in error and leaves the file as it was.
-    static bool open(const QString& path, QString* error = nullptr);
+    // Why the last call failed; empty when it did not.
+    static QString lastError();
+
+    // Opens the file, creating or migrating its schema. On failure leaves the
+    // file as it was.
+    static bool open(const QString& path);
     static void close();
     static bool isOpen();
     static QString path();
 
     // Stores a book and its pages in one transaction, replacing the book's
     // record and pages. The reading position, status and dog ears stay.
-    static bool storeBook(
-        const Volume& volume, const QVector<Pagelet>& pages, QString* error = nullptr);
+    static bool storeBook(const Volume& volume, const QVector<Pagelet>& pages);
 
-    // Every book, ordered by title. When the file cannot be read (damaged),
-    // none, with a message for people in error.
-    static QList<Volume> books(QString* error = nullptr);
+    // Every book, ordered by title; none when the file cannot be read (damaged).
+    static QList<Volume> books();
     // The stored book; an empty record (empty id) when unknown.
     static Volume book(const QString& id);
     // The book's pages in reading order.

@@ -11,11 +11,13 @@
 #include "PanningViewMixin.h"
 #include "PinchGesture.h"
 #include "SwipeGesture.h"
+#include "TestSupport.h"
 #include "ZoomController.h"
 
 #include <QGestureEvent>
 #include <QtTest>
 
+#include <map>
 #include <memory>
 
 namespace {
@@ -40,7 +42,7 @@ QTouchEvent::TouchPoint finger(int id, const QPointF& position, Qt::TouchPointSt
 // (right button); hover (no button); down, slide, up (one finger); two A B
 // (two fingers down); lift A B (the second of two lifted); wheel N and
 // plainwheel N (wheel steps with and without Ctrl); ctrlup.
-std::unique_ptr<QEvent> inputEvent(const QString& step)
+std::unique_ptr<QInputEvent> inputEvent(const QString& step)
 {
     struct Mouse
     {
@@ -48,7 +50,7 @@ std::unique_ptr<QEvent> inputEvent(const QString& step)
         Qt::MouseButton button;
         Qt::MouseButtons held;
     };
-    static const QHash<QString, Mouse> mice {
+    static const std::map<QString, Mouse> mice {
         { "press", { QEvent::MouseButtonPress, Qt::LeftButton, Qt::LeftButton } },
         { "move", { QEvent::MouseMove, Qt::NoButton, Qt::LeftButton } },
         { "release", { QEvent::MouseButtonRelease, Qt::LeftButton, Qt::NoButton } },
@@ -61,40 +63,36 @@ std::unique_ptr<QEvent> inputEvent(const QString& step)
         Qt::TouchPointState first;
         Qt::TouchPointState second; // 0: one finger
     };
-    static const QHash<QString, Touch> touches {
+    static const std::map<QString, Touch> touches {
         { "down", { QEvent::TouchBegin, Qt::TouchPointPressed, {} } },
         { "slide", { QEvent::TouchUpdate, Qt::TouchPointMoved, {} } },
         { "up", { QEvent::TouchEnd, Qt::TouchPointReleased, {} } },
         { "two", { QEvent::TouchUpdate, Qt::TouchPointMoved, Qt::TouchPointMoved } },
         { "lift", { QEvent::TouchUpdate, Qt::TouchPointStationary, Qt::TouchPointReleased } },
     };
-    static QTouchDevice* screen = QTest::createTouchDevice();
-
-    QStringList words = step.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QStringList words = step.split(QLatin1Char(' '), QtCompat::SkipEmptyParts);
     const ulong time
         = words.last().startsWith(QLatin1Char('@')) ? words.takeLast().mid(1).toULong() : 0;
     const QString verb = words.value(0);
     const QPointF at = point(words.value(1));
-    std::unique_ptr<QInputEvent> event;
-    if (mice.contains(verb)) {
-        const Mouse mouse = mice.value(verb);
-        event.reset(new QMouseEvent(mouse.type, at, at, at, mouse.button, mouse.held, {}));
-    } else if (touches.contains(verb)) {
-        const Touch touch = touches.value(verb);
+    if (mice.count(verb)) {
+        const Mouse mouse = mice.at(verb);
+        return TestSupport::mouseEvent(mouse.type, at, mouse.button, mouse.held, time);
+    }
+    if (touches.count(verb)) {
+        const Touch touch = touches.at(verb);
         QList<QTouchEvent::TouchPoint> fingers { finger(0, at, touch.first) };
         if (touch.second)
             fingers << finger(1, point(words.value(2)), touch.second);
-        event.reset(new QTouchEvent(touch.type, screen, {}, touch.first | touch.second, fingers));
-    } else if (verb == QLatin1String("ctrlup")) {
-        event.reset(new QKeyEvent(QEvent::KeyRelease, Qt::Key_Control, Qt::NoModifier));
-    } else {
-        const bool ctrl = verb == QLatin1String("wheel");
-        event.reset(new QWheelEvent(at, at, QPoint(),
-            QPoint(0, int(words.value(1).toDouble() * GestureThresholds::WheelStepAngle)),
-            Qt::NoButton, ctrl ? Qt::ControlModifier : Qt::NoModifier, Qt::NoScrollPhase, false));
+        return TestSupport::touchEvent(touch.type, touch.first | touch.second, fingers, time);
     }
-    event->setTimestamp(time);
-    return event;
+    if (verb == QLatin1String("ctrlup"))
+        return std::unique_ptr<QInputEvent>(
+            new QKeyEvent(QEvent::KeyRelease, Qt::Key_Control, Qt::NoModifier));
+    const bool ctrl = verb == QLatin1String("wheel");
+    return TestSupport::wheelEvent(at,
+        int(words.value(1).toDouble() * GestureThresholds::WheelStepAngle),
+        ctrl ? Qt::ControlModifier : Qt::NoModifier, time);
 }
 
 // What a report of the gesture carries: a drag's delta, a swipe's
@@ -108,7 +106,7 @@ QString payload(QGesture* gesture)
         QStringList parts { QLatin1String(names[swipe->horizontalDirection()]),
             QLatin1String(names[swipe->verticalDirection()]) };
         parts.removeAll(QString());
-        return QStringLiteral("(%1)").arg(parts.join(QLatin1Char('+')));
+        return QStringLiteral("(%1)").arg(parts.join(QStringLiteral("+")));
     }
     if (auto* pinch = qobject_cast<PinchGesture*>(gesture))
         return QStringLiteral("(%1)").arg(pinch->scaleFactor(), 0, 'g', 4);
@@ -123,7 +121,7 @@ QString recognize(QGestureRecognizer* recognizer, const QString& script)
     std::unique_ptr<QGesture> gesture(recognizer->create(&target));
     QStringList results;
     for (const QString& step : script.split(QLatin1Char(';'))) {
-        const std::unique_ptr<QEvent> event = inputEvent(step.trimmed());
+        const std::unique_ptr<QInputEvent> event = inputEvent(step.trimmed());
         switch (recognizer->recognize(gesture.get(), &target, event.get())
             & QGestureRecognizer::ResultState_Mask) {
         case QGestureRecognizer::MayBeGesture:
@@ -144,7 +142,7 @@ QString recognize(QGestureRecognizer* recognizer, const QString& script)
             results << QStringLiteral("ignore");
         }
     }
-    return results.join(QLatin1Char(' '));
+    return results.join(QStringLiteral(" "));
 }
 
 // A receiver that is its own delegate and counts the swipes it is handed.

@@ -9,9 +9,10 @@
 #include "ComicArchive.h"
 #include "TestSupport.h"
 
+#include <QBuffer>
 #include <QDir>
+#include <QImageReader>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <zip.h>
@@ -137,7 +138,7 @@ private slots:
 private:
     QString path(const QString& name) const { return m_dir.filePath(name); }
 
-    QTemporaryDir m_dir;
+    TestSupport::TemporaryDir m_dir;
     QByteArray m_png;
 };
 
@@ -250,10 +251,18 @@ void TestHostile::hostileFile_data()
         << session << coverOf("screen.gif") << none
         << QStringList { debugLine("Image load error: \"Image too big to decode\""), nullImage }
         << 20;
-    QTest::newRow("a PNG over the budget that decodes in full before it shrinks")
+    // Qt 5's PNG reader takes a scaled size, but decodes in full before it
+    // shrinks; Qt 4.8's takes none, and the page is refused unread.
+    QBuffer png;
+    png.setData(TestSupport::encode(TestSupport::makePage(8, 8), "PNG"));
+    const bool pngScales = QImageReader(&png, "png").supportsOption(QImageIOHandler::ScaledSize);
+    QTest::newRow("a PNG over the budget, which the PNG reader cannot shrink in time")
         << session << coverOf("black.png") << none
-        << QStringList { "{\"debug\":\"Image too big, scaling to QSize(",
-               debugLine("Image load error: \"Image too big to decode\""), nullImage }
+        << (pngScales ? QStringList { "{\"debug\":\"Image too big, scaling to QSize(",
+                            debugLine("Image load error: \"Image too big to decode\""), nullImage }
+                      : QStringList {
+                            debugLine("Image too big and scaling not supported, bailing!"),
+                            nullImage })
         << 20;
     QTest::newRow("a RAR the extractor cannot read")
         << session << coverOf("unreadable.cbr") << none
@@ -331,8 +340,10 @@ void TestHostile::hostileFile()
     int from = 0;
     for (QString line : expected) {
         line.replace(QLatin1String("$DIR"), dir);
-        if (line.startsWith(QLatin1Char('!'))) {
-            QVERIFY2(!trace.contains(line.mid(1)), qPrintable(trace));
+        const bool absent = line.startsWith(QLatin1Char('!'));
+        line = QString::fromUtf8(TestSupport::traceLine(line.mid(absent ? 1 : 0).toUtf8()));
+        if (absent) {
+            QVERIFY2(!trace.contains(line), qPrintable(trace));
             continue;
         }
         const int found = trace.indexOf(line, from);
@@ -340,7 +351,7 @@ void TestHostile::hostileFile()
             found >= 0, qPrintable(QStringLiteral("no \"%1\" in order in:\n%2").arg(line, trace)));
         from = found + line.size();
     }
-    qInfo("%s: %s ms, peak %lld MB", QTest::currentDataTag(), ended.at(3).constData(), peakMb);
+    qDebug("%s: %s ms, peak %lld MB", QTest::currentDataTag(), ended.at(3).constData(), peakMb);
 }
 
 QTEST_MAIN(TestHostile)

@@ -6,6 +6,7 @@
 #include "DogEarManager.h"
 #include "HostTrace.h"
 #include "Pagelet.h"
+#include "TestSupport.h"
 #include "TraceJson.h"
 
 #include <QtTest>
@@ -69,11 +70,11 @@ void TestHostTrace::valuesHaveTheirJsonShape_data()
     QTest::newRow("pagelets are counted")
         << QVariant::fromValue(QVector<Pagelet>(3)) << R"({"count":3})";
     QTest::newRow("a date-time in UTC with milliseconds")
-        << QVariant(QDateTime(QDate(2026, 11, 21), QTime(10, 30, 0, 5), Qt::OffsetFromUTC, 3600))
+        << QVariant(TestSupport::dateTimeAtOffset(QDate(2026, 11, 21), QTime(10, 30, 0, 5), 3600))
         << R"("2026-11-21T09:30:00.005Z")";
     QTest::newRow("an invalid date-time is null") << QVariant(QDateTime()) << "null";
     QTest::newRow("a string with quotes, a line break and accents")
-        << QVariant(QStringLiteral("\"Ça\"\n")) << R"("\"Ça\"\n")";
+        << QVariant(QStringLiteral("\"Ça\"\n")) << QString::fromUtf8(R"("\"Ça\"\n")");
     QTest::newRow("an empty string stays a string") << QVariant(QString()) << R"("")";
     QTest::newRow("no value") << QVariant() << "null";
 }

@@ -10,10 +10,10 @@
 #include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <functional>
+#include <memory>
 
 using Preparation = std::function<QString(const QString&)>;
 Q_DECLARE_METATYPE(Preparation)
@@ -96,12 +96,20 @@ QStringList extraData(const QList<Bookmark>& bookmarks)
 
 // Answers the dog-ear manager's key question as a comic's view does: the
 // page index written in the extra data.
-void answerKeysFromExtraData()
+class ExtraDataKeys : public QObject
 {
-    QObject::connect(DogEarManager::sharedInstance(), &DogEarManager::getDogEarKey,
-        DogEarManager::sharedInstance(),
-        [](int& key, const Bookmark& dogEar) { key = dogEar.getExtraData().toInt(); });
-}
+    Q_OBJECT
+
+public:
+    ExtraDataKeys()
+    {
+        connect(DogEarManager::sharedInstance(), SIGNAL(getDogEarKey(int&, const Bookmark&)), this,
+            SLOT(answer(int&, const Bookmark&)));
+    }
+
+private slots:
+    void answer(int& key, const Bookmark& dogEar) { key = dogEar.getExtraData().toInt(); }
+};
 
 } // namespace
 
@@ -128,16 +136,15 @@ private:
     QString libraryPath() const { return m_dir->filePath(QStringLiteral("library.sqlite")); }
     void reopen();
 
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TestSupport::TemporaryDir> m_dir;
 };
 
 void TestLibrary::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
+    m_dir = std::make_unique<TestSupport::TemporaryDir>();
     // An empty file is adopted as a new library.
     QVERIFY(TestSupport::writeFile(libraryPath(), QByteArray()));
-    QString error;
-    QVERIFY2(Library::open(libraryPath(), &error), qPrintable(error));
+    QVERIFY2(Library::open(libraryPath()), qPrintable(Library::lastError()));
 }
 
 void TestLibrary::cleanup()
@@ -152,8 +159,7 @@ void TestLibrary::reopen()
 {
     Library::close();
     QVERIFY(!Library::isOpen());
-    QString error;
-    QVERIFY2(Library::open(libraryPath(), &error), qPrintable(error));
+    QVERIFY2(Library::open(libraryPath()), qPrintable(Library::lastError()));
 }
 
 void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
@@ -280,14 +286,14 @@ void TestLibrary::refusesFilesThatAreNotLibraries()
     QFETCH(QString, reason);
 
     Library::close();
-    QTemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     const QString path = prepare(dir.path());
     const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     const QByteArray bytes = TestSupport::readFile(path);
 
-    QString error;
-    QVERIFY(!Library::open(path, &error));
+    QVERIFY(!Library::open(path));
     QVERIFY(!Library::isOpen());
+    const QString error = Library::lastError();
     QVERIFY2(error.contains(reason), qPrintable(error));
     QVERIFY2(error.contains(path), qPrintable(error));
     QCOMPARE(TestSupport::readFile(path), bytes);
@@ -372,8 +378,9 @@ void TestLibrary::removeDogEarByKeyAsksTheReceivers()
     manager->createTable(bookId, true);
     for (const QString& extra : dogEars)
         manager->addDogEar(0, QString(), bookId, QString(), 0, 0, extra, 0.0, QDateTime());
+    std::unique_ptr<ExtraDataKeys> keys;
     if (answering)
-        answerKeysFromExtraData();
+        keys.reset(new ExtraDataKeys);
 
     manager->removeDogEar(key);
     QCOMPARE(extraData(manager->getBookmarks()), left);
@@ -412,7 +419,7 @@ void TestLibrary::storesFailSilentlyWithoutALibrary()
     QVERIFY(!manager->isTableValid());
     QVERIFY(manager->getBookmarks().isEmpty());
     addDogEar(1);
-    answerKeysFromExtraData();
+    const ExtraDataKeys keys;
     manager->removeDogEar(0);
     QVERIFY(!Library::storeBook(makeVolume(bookId, 1), {}));
 }

@@ -60,7 +60,7 @@ void TestNullArchive::pixelBudget_data()
         << write(QStringLiteral("over.jpg"), QSize(4097, 4096), "JPEG") << QSize(3072, 3072);
     // Qt 5's GIF reader paints the frame onto its whole canvas; Qt 4's gives
     // the frame alone.
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     const QSize gifDecoded(4097, 4096);
 #else
     const QSize gifDecoded(1, 1);

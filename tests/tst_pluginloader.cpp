@@ -8,7 +8,6 @@
 
 #include <QFile>
 #include <QLibrary>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
@@ -49,7 +48,7 @@ private slots:
     void refusesFilesThatAreNoPlugins();
 
 private:
-    QTemporaryDir m_dir;
+    TestSupport::TemporaryDir m_dir;
 };
 
 void TestPluginLoader::acceptsTheBuiltPlugin()
@@ -67,7 +66,7 @@ void TestPluginLoader::acceptsTheBuiltPlugin()
     QVERIFY(loader.plugin());
     // The interface is the root object's second base.
     QVERIFY(static_cast<void*>(loader.plugin()) != static_cast<void*>(loader.instance()));
-    QCOMPARE(loader.plugin()->fileExtensions().mid(0, 2), QStringList({ "*.cbz", "*.cbr" }));
+    QCOMPARE(QStringList(loader.plugin()->fileExtensions().mid(0, 2)), QStringList({ "*.cbz", "*.cbr" }));
 
     // What the file says without running is what the running plug-in says.
     QLibrary library(builtPlugin());

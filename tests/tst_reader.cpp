@@ -146,8 +146,8 @@ private:
 void TestReader::initTestCase()
 {
     QVERIFY(dir.isValid());
-    QString error;
-    QVERIFY2(Library::open(dir.filePath(QStringLiteral("library.db")), &error), qPrintable(error));
+    QVERIFY2(Library::open(dir.filePath(QStringLiteral("library.db"))),
+        qPrintable(Library::lastError()));
 }
 
 void TestReader::init()

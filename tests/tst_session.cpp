@@ -3,13 +3,13 @@
 // with the samples' folder, the temporary folder and the times masked.
 // TAMBER_UPDATE_TRACES=1 rewrites the expected traces from the actual ones.
 
+#include "HostCompat.h"
 #include "TestSupport.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QImage>
-#include <QRegularExpression>
-#include <QTemporaryDir>
+#include <QRegExp>
 #include <QtTest>
 
 #include <memory>
@@ -37,7 +37,7 @@ private:
     QByteArray script(const QString& name) const;
     QString path(const QString& name) const { return m_dir->filePath(name); }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TestSupport::TemporaryDir> m_dir;
     std::unique_ptr<Tamber> m_tamber;
     QByteArray m_err;
     QDateTime m_started;
@@ -55,7 +55,7 @@ QString sessionsDir()
 void TestSession::init()
 {
     m_started = QDateTime::currentDateTimeUtc();
-    m_dir = std::make_unique<QTemporaryDir>();
+    m_dir = std::make_unique<TestSupport::TemporaryDir>();
     m_tamber = std::make_unique<Tamber>(m_dir->path());
 
     // What the scripts open. The pages of ten and one are half as wide as the
@@ -93,20 +93,19 @@ QByteArray TestSession::session(const QStringList& arguments, const QByteArray& 
     mask(TestSupport::samplesDir(), QStringLiteral("$SAMPLES"));
     mask(m_dir->path(), QStringLiteral("$TMP"));
 
-    static const QRegularExpression time(
+    static const QRegExp time(
         QStringLiteral("\"\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\""));
     QString result;
     int last = 0;
-    auto match = time.globalMatch(text);
-    while (match.hasNext()) {
-        const QRegularExpressionMatch found = match.next();
-        const QDateTime date
-            = QDateTime::fromString(found.captured().mid(1, 24), Qt::ISODateWithMs);
+    for (int at = time.indexIn(text); at >= 0; at = time.indexIn(text, last)) {
+        QDateTime date = QDateTime::fromString(
+            text.mid(at + 1, 23), QStringLiteral("yyyy-MM-dd'T'HH:mm:ss.zzz"));
+        date.setTimeSpec(Qt::UTC);
         const bool now
             = date.isValid() && date.addSecs(1) >= m_started && date.addSecs(-1) <= finished;
-        result += text.mid(last, found.capturedStart() - last);
+        result += text.mid(last, at - last);
         result += now ? QStringLiteral("\"$NOW\"") : QStringLiteral("\"$DATE\"");
-        last = found.capturedEnd();
+        last = at + time.matchedLength();
     }
     result += text.mid(last);
     return result.toUtf8();
@@ -129,7 +128,7 @@ void TestSession::traceMatchesExpected_data()
         = QDir(sessionsDir()).entryList({ QStringLiteral("*.script") }, QDir::Files, QDir::Name);
     QVERIFY(!scripts.isEmpty());
     for (const QString& file : scripts)
-        QTest::newRow(qPrintable(file.chopped(7))) << file.chopped(7);
+        QTest::newRow(qPrintable(file.left(file.size() - 7))) << file.left(file.size() - 7);
 }
 
 void TestSession::traceMatchesExpected()
@@ -152,7 +151,7 @@ void TestSession::traceMatchesExpected()
     const QList<QByteArray> expectedLines = TestSupport::readFile(expectedFile).split('\n');
     const QList<QByteArray> actualLines = actual.split('\n');
     for (int i = 0; i < qMax(expectedLines.size(), actualLines.size()); ++i) {
-        const QByteArray expected = expectedLines.value(i, "(no line)");
+        const QByteArray expected = TestSupport::traceLine(expectedLines.value(i, "(no line)"));
         const QByteArray line = actualLines.value(i, "(no line)");
         QVERIFY2(line == expected,
             qPrintable(QStringLiteral("trace line %1 differs\n   actual: %2\n expected: %3")

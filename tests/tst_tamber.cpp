@@ -3,12 +3,10 @@
 #include "ComicsReaderPlugin.h"
 #include "TestSupport.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QImageReader>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cstdio>
@@ -23,23 +21,17 @@ const QByteArray verificationText
       "debug=false\n"
       "buildkey=arm qws/linux ostra-g++ no-pkg-config QT_NO_QWS_CURSOR QT_NO_QWS_QPF2";
 
-QJsonValue json(const Tamber::Run& run)
+using TestSupport::jsonAt;
+using TestSupport::jsonText;
+
+nlohmann::json json(const Tamber::Run& run)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(run.out);
-    return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
+    return TestSupport::parseJson(run.out);
 }
 
 QString pluginFile()
 {
     return TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
-}
-
-QStringList strings(const QJsonValue& array)
-{
-    QStringList result;
-    for (const QJsonValue& value : array.toArray())
-        result << value.toString();
-    return result;
 }
 
 } // namespace
@@ -51,6 +43,8 @@ class TestTamber : public QObject
 private slots:
     void init();
 
+    void everyCommandHasItsHelp_data();
+    void everyCommandHasItsHelp();
     void usageErrorsExitWithStatus2_data();
     void usageErrorsExitWithStatus2();
     void pluginShowsWhatItDeclares();
@@ -75,14 +69,57 @@ private:
     }
     QString path(const QString& name) const { return m_dir->filePath(name); }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TestSupport::TemporaryDir> m_dir;
     std::unique_ptr<Tamber> m_tamber;
 };
 
 void TestTamber::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
+    m_dir = std::make_unique<TestSupport::TemporaryDir>();
     m_tamber = std::make_unique<Tamber>(m_dir->path());
+}
+
+void TestTamber::everyCommandHasItsHelp_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("usage");
+    QTest::addColumn<QStringList>("options");
+
+    const QStringList global { "--library FILE", "--plugin FILE", "-h, --help" };
+    const auto row = [&global](const char* command, const char* usage, QStringList options) {
+        QTest::newRow(command) << QString(command) << QString(usage) << options + global;
+    };
+    row("import", "import PATH...", {});
+    row("list", "list [--json]", { "--json" });
+    row("show", "show BOOK [--json]", { "--json" });
+    row("cover", "cover BOOK -o FILE", { "-o, --output FILE" });
+    row("render", "render BOOK [--page N] [OPTIONS] -o FILE",
+        { "--page N", "--size WxH", "--zoom Z", "--orientation O", "-o, --output FILE" });
+    row("read", "read BOOK [--size WxH]", { "--size WxH" });
+    row("session", "session [--size WxH] [SCRIPT]", { "--size WxH" });
+    row("config", "config account-name [NAME]", {});
+    row("plugin", "plugin [--json]", { "--json" });
+}
+
+// Each command's help starts with its usage and gives a line to each option
+// it takes; the manual page has a section for it.
+void TestTamber::everyCommandHasItsHelp()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, usage);
+    QFETCH(QStringList, options);
+
+    const Tamber::Run help = tamber({ command, "--help" });
+    QCOMPARE(help.status, 0);
+    const QString text = QString::fromUtf8(help.out);
+    QVERIFY2(text.startsWith("Usage: tamber " + usage + '\n'), qPrintable(text));
+    for (const QString& option : options)
+        QVERIFY2(text.contains("\n  " + option + ' '), qPrintable(option + " missing in:\n" + text));
+
+    const Tamber::Run manual = tamber({ "--man" });
+    QCOMPARE(manual.status, 0);
+    QVERIFY(manual.out.contains(
+        ".SS \"tamber " + QString(usage).replace('-', "\\-").toUtf8() + '"'));
 }
 
 void TestTamber::usageErrorsExitWithStatus2_data()
@@ -127,13 +164,14 @@ void TestTamber::pluginShowsWhatItDeclares()
 {
     const Tamber::Run run = tamber({ "plugin", "--json" });
     QCOMPARE(run.status, 0);
-    const QJsonObject plugin = json(run).toObject();
-    QCOMPARE(plugin.value("file").toString(), pluginFile());
-    QCOMPARE(plugin.value("verification").toString(), QString::fromLatin1(verificationText));
+    const nlohmann::json plugin = json(run);
+    QCOMPARE(jsonText(jsonAt(plugin, "/file")), pluginFile());
+    QCOMPARE(jsonText(jsonAt(plugin, "/verification")),
+        QString::fromLatin1(verificationText));
     // In the plug-in's order; what that order is, is tst_plugin's business.
     ComicsReaderPlugin declared;
-    QCOMPARE(strings(plugin.value("mimeTypes")), declared.mimeTypes());
-    QCOMPARE(strings(plugin.value("fileExtensions")), declared.fileExtensions());
+    QCOMPARE(TestSupport::jsonTexts(jsonAt(plugin, "/mimeTypes")), declared.mimeTypes());
+    QCOMPARE(TestSupport::jsonTexts(jsonAt(plugin, "/fileExtensions")), declared.fileExtensions());
     QVERIFY(tamber({ "plugin" }).out.contains("buildkey=arm qws/linux"));
 }
 
@@ -300,9 +338,9 @@ void TestTamber::importReplacesRecordsAndReportsFailures()
     const Tamber::Run list = tamber({ "list" });
     QCOMPARE(list.out.count('\n'), 4);
     QVERIFY2(!list.out.contains('\x1b'), list.out.constData());
-    const QJsonObject shown = json(tamber({ "show", comic, "--json" })).toObject();
-    QCOMPARE(shown.value("pages").toArray().size(), 3);
-    QCOMPARE(shown.value("volume").toObject().value("pageCount").toInt(), 3);
+    const nlohmann::json shown = json(tamber({ "show", comic, "--json" }));
+    QCOMPARE(int(jsonAt(shown, "/pages").size()), 3);
+    QCOMPARE(jsonAt(shown, "/volume/pageCount"), nlohmann::json(3));
 }
 
 void TestTamber::failedWritesToStandardOutputExit1_data()
@@ -331,7 +369,7 @@ void TestTamber::failedWritesToStandardOutputExit1()
     QCOMPARE(shell.exitCode(), 1);
     QVERIFY2(shell.readAllStandardError().contains("cannot write to standard output"), "");
     // The import went on to the end.
-    QCOMPARE(json(tamber({ "list", "--json" })).toArray().size(), 3);
+    QCOMPARE(int(json(tamber({ "list", "--json" })).size()), 3);
 }
 
 void TestTamber::bookIsFoundByIdOrPath_data()
@@ -365,8 +403,7 @@ void TestTamber::bookIsFoundByIdOrPath()
     const Tamber::Run run = tamber({ "show", book, "--json" }, comics);
     QCOMPARE(run.status, status);
     if (status == 0)
-        QCOMPARE(json(run).toObject().value("volume").toObject().value("id").toString(),
-            comics + "/Found.cbz");
+        QCOMPARE(jsonText(jsonAt(json(run), "/volume/id")), comics + "/Found.cbz");
     else
         QVERIFY2(run.err.contains("no such book"), run.err.constData());
 }

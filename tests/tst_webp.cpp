@@ -349,7 +349,7 @@ void TestWebp::detectedByContent_data()
     QTest::addColumn<QByteArray>("format"); // empty: not readable
 
     const QImage page = drawing(40, 30);
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     // Qt 4 hands a file named .png to its PNG reader without asking it first.
     QTest::newRow("WebP under a .png name")
         << "page.png" << encodeWebp(page, Lossy) << QByteArray("webp");
@@ -408,7 +408,7 @@ void TestWebp::fileTypesFollowQtsFormatList()
     QCOMPARE(plugin.mimeTypes().indexOf(QLatin1String("image/webp")), at);
     QCOMPARE(plugin.fileExtensions().indexOf(QLatin1String("*.webp")), at + 2);
     QVERIFY(ComicsReaderParser::isSupportedImage(QLatin1String("Chapter 1/P01.WEBP")));
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     QVERIFY(QImageReader::supportedMimeTypes().contains("image/webp"));
 #endif
 }

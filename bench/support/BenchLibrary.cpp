@@ -5,10 +5,10 @@
 
 BenchLibrary::BenchLibrary()
 {
-    if (dir.isValid())
-        Library::open(dir.filePath(QStringLiteral("library.sqlite")), &message);
-    else
+    if (!dir.isValid())
         message = QStringLiteral("cannot make a temporary folder");
+    else if (!Library::open(dir.filePath(QStringLiteral("library.sqlite"))))
+        message = Library::lastError();
 }
 
 BenchLibrary::~BenchLibrary()
@@ -25,7 +25,11 @@ Volume BenchLibrary::import(const QString& path)
 {
     ParsedBook parsed;
     ParsedBook::parse(path, &parsed);
-    if (!parsed.parsed || !Library::storeBook(parsed.volume, parsed.pages, &message))
+    if (!parsed.parsed)
         return Volume();
+    if (!Library::storeBook(parsed.volume, parsed.pages)) {
+        message = Library::lastError();
+        return Volume();
+    }
     return Library::book(parsed.volume.getId());
 }

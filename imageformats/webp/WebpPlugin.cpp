@@ -10,7 +10,7 @@
 class WebpPlugin : public QImageIOPlugin
 {
     Q_OBJECT
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     Q_PLUGIN_METADATA(IID "org.qt-project.Qt.QImageIOHandlerFactoryInterface" FILE "webp.json")
 #else
 public:
@@ -42,7 +42,7 @@ public:
     }
 };
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 Q_EXPORT_PLUGIN2(qwebp, WebpPlugin)
 #endif
 

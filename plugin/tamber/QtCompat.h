@@ -14,14 +14,14 @@
 
 #include <algorithm>
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 // Qt 4 makes the string at run time; the text is the same.
 #define QStringLiteral(text) QString::fromUtf8(text)
 #endif
 
 namespace QtCompat {
 
-#if QT_VERSION < 0x050E00
+#if QT_VERSION < QT_VERSION_CHECK(5, 14, 0)
 const QString::SplitBehavior KeepEmptyParts = QString::KeepEmptyParts;
 const QString::SplitBehavior SkipEmptyParts = QString::SkipEmptyParts;
 #else
@@ -38,7 +38,7 @@ const int TouchCancel = 209;
 template <typename Iterator, typename LessThan>
 void sort(Iterator begin, Iterator end, LessThan lessThan)
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     qSort(begin, end, lessThan);
 #else
     std::sort(begin, end, lessThan);
@@ -50,7 +50,7 @@ void sort(Iterator begin, Iterator end, LessThan lessThan)
 // reads Latin-1.
 inline QString fromEightBit(const char* data, int size = -1)
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return QString::fromAscii(data, size);
 #else
     return QString::fromLatin1(data, size);
@@ -63,7 +63,7 @@ inline QString fromEightBit(const char* data, int size = -1)
 // again as the bytes it printed.
 inline QString fromListing(const char* data, int size)
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return QString::fromAscii(data, size);
 #else
     return QString::fromLocal8Bit(data, size);
@@ -74,7 +74,7 @@ inline QString fromListing(const char* data, int size)
 // call and asks for the same answer in steps.
 inline QDateTime creationTime(const QFileInfo& info)
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return info.created();
 #else
     QDateTime time = info.birthTime();

@@ -9,6 +9,8 @@
 #    none of the C++ runtime's or GCC's; the extractor is fully static (no
 #    program interpreter, no shared library). Each binary's highest GLIBC_
 #    version is printed, so that a regression shows by its name.
+#  - finds the licence and the notices of every library that the binaries
+#    link statically, beside them.
 #  - unpacks it into a scratch root and runs DEVICEHOST, a miniature host,
 #    from the unpacked application folder: it loads the unpacked plug-in with
 #    Qt's own loader and opens the shared RAR sample, whose pages come from the
@@ -66,6 +68,13 @@ unrar=$app/unrar
 echo "lib/tamber/unrar: $(stat -c %s "$unrar") bytes"
 $readelf -d "$unrar" | grep -q NEEDED && fail "the extractor needs shared libraries"
 $readelf -l "$unrar" | grep -q INTERP && fail "the extractor names a program interpreter"
+
+doc=$scratch/root/share/doc/tamber-comics
+[ -s "$doc/LICENSE" ] || fail "the package holds no LICENSE"
+for library in zlib libzip libwebp libarchive musl; do
+  grep -q "^$library\b.*: .*\(in\|of\) the" "$doc/THIRD-PARTY-NOTICES" 2>/dev/null \
+    || fail "the package holds no notice of $library, which it links statically"
+done
 
 # The miniature host in the unpacked application folder, as the device's is.
 cp "$host" "$app/devicehost"

@@ -1,5 +1,7 @@
 #include "TestSupport.h"
 
+#include "HostCompat.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -17,11 +19,13 @@
 
 #include <zip.h>
 
+#include <nlohmann/json.hpp>
+
 namespace TestSupport {
 
 QByteArray signatureOf(const QMetaMethod& method)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return method.methodSignature();
 #else
     return QByteArray(method.signature());
@@ -38,7 +42,7 @@ QByteArray joined(const QList<QByteArray>& parts, char separator)
 
 void useUtf8ForEightBitStrings()
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
     QTextCodec::setCodecForCStrings(utf8);
     QTextCodec::setCodecForLocale(utf8);
@@ -55,9 +59,79 @@ QColor pixelColor(const QImage& image, const QPoint& point)
     return pixelColor(image, point.x(), point.y());
 }
 
+namespace {
+std::unique_ptr<QInputEvent> at(QInputEvent* event, unsigned long time)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+    event->setTimestamp(time);
+#else
+    HostCompat::setArrivalTime(time);
+#endif
+    return std::unique_ptr<QInputEvent>(event);
+}
+} // namespace
+
+std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& position,
+    Qt::MouseButton button, Qt::MouseButtons held, unsigned long time)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+    return at(new QMouseEvent(type, position, position, position, button, held, Qt::NoModifier),
+        time);
+#else
+    const QPoint pixel = position.toPoint();
+    return at(new QMouseEvent(type, pixel, pixel, button, held, Qt::NoModifier), time);
+#endif
+}
+
+std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates states,
+    const QList<QTouchEvent::TouchPoint>& fingers, unsigned long time)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+    static QTouchDevice* screen = QTest::createTouchDevice();
+    return at(new QTouchEvent(type, screen, Qt::NoModifier, states, fingers), time);
+#else
+    return at(new QTouchEvent(type, QTouchEvent::TouchScreen, Qt::NoModifier, states, fingers),
+        time);
+#endif
+}
+
+std::unique_ptr<QInputEvent> wheelEvent(
+    const QPointF& position, int angle, Qt::KeyboardModifiers modifiers, unsigned long time)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+    return at(new QWheelEvent(position, position, QPoint(), QPoint(0, angle), Qt::NoButton,
+                  modifiers, Qt::NoScrollPhase, false),
+        time);
+#else
+    return at(new QWheelEvent(position.toPoint(), position.toPoint(), angle, Qt::NoButton,
+                  modifiers, Qt::Vertical),
+        time);
+#endif
+}
+
+QByteArray traceLine(const QByteArray& expected)
+{
+    static const QByteArray debug = "{\"debug\":\"";
+    if (!expected.startsWith(debug) || !expected.endsWith("\"}"))
+        return expected;
+    const QByteArray text = expected.mid(debug.size(), expected.size() - debug.size() - 2);
+    return debug + debugLine(QString::fromUtf8(text)).toUtf8() + "\"}";
+}
+
+QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+    return QDateTime(date, time, Qt::OffsetFromUTC, offsetSeconds);
+#else
+    QDateTime local(date, time, Qt::UTC);
+    local.setUtcOffset(offsetSeconds);
+    return local;
+#endif
+}
+
 bool waitForWindowShown(QWidget* window)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return QTest::qWaitForWindowExposed(window);
 #else
     // Qt for Embedded Linux shows a window once the events of showing it ran.
@@ -66,7 +140,7 @@ bool waitForWindowShown(QWidget* window)
 #endif
 }
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 
 namespace {
 
@@ -357,7 +431,7 @@ QStringList& loggedLines()
     return lines;
 }
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 void logLine(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     loggedLines() << message;
@@ -374,7 +448,7 @@ void logLine(QtMsgType, const char* message)
 MessageLog::MessageLog()
 {
     loggedLines().clear();
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     previous = qInstallMessageHandler(logLine);
 #else
     previous = qInstallMsgHandler(logLine);
@@ -383,7 +457,7 @@ MessageLog::MessageLog()
 
 MessageLog::~MessageLog()
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     qInstallMessageHandler(previous);
 #else
     qInstallMsgHandler(previous);
@@ -393,6 +467,33 @@ MessageLog::~MessageLog()
 QStringList MessageLog::lines() const
 {
     return loggedLines();
+}
+
+nlohmann::json parseJson(const QByteArray& text)
+{
+    return nlohmann::json::parse(text.constData(), text.constData() + text.size(), nullptr, false);
+}
+
+nlohmann::json jsonAt(const nlohmann::json& value, const char* pointer)
+{
+    const nlohmann::json::json_pointer where(pointer);
+    return value.contains(where) ? value.at(where) : nlohmann::json();
+}
+
+QString jsonText(const nlohmann::json& value)
+{
+    return value.is_string() ? QString::fromUtf8(value.get_ref<const std::string&>().c_str())
+                             : QString();
+}
+
+QStringList jsonTexts(const nlohmann::json& array)
+{
+    QStringList result;
+    if (array.is_array()) {
+        for (const nlohmann::json& value : array)
+            result << jsonText(value);
+    }
+    return result;
 }
 
 } // namespace TestSupport

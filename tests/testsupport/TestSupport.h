@@ -3,7 +3,9 @@
 
 #include <QByteArray>
 #include <QColor>
+#include <QDateTime>
 #include <QImage>
+#include <QInputEvent>
 #include <QList>
 #include <QMetaMethod>
 #include <QPair>
@@ -14,6 +16,10 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <memory>
+
+#include <nlohmann/json_fwd.hpp>
+
 class QWidget;
 #include <QtTest/QTest>
 #include <QPoint>
@@ -22,7 +28,7 @@ class QWidget;
 
 #include "QtCompat.h"
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 // Qt 5 knows containers of its own types as test data; Qt 4 is told.
 Q_DECLARE_METATYPE(QList<QPoint>)
 Q_DECLARE_METATYPE(QList<int>)
@@ -34,15 +40,19 @@ Q_DECLARE_METATYPE(QList<int>)
         QTest::qSkip(message, QTest::SkipAll, __FILE__, __LINE__);                                 \
         return;                                                                                    \
     } while (false)
+
+// Qt 4's programs take their display server's options (-qws), which only a
+// QApplication consumes.
+#define QTEST_GUILESS_MAIN(TestObject) QTEST_MAIN(TestObject)
 #endif
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 #include <QTemporaryDir>
 #endif
 
 namespace TestSupport {
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 using TemporaryDir = QTemporaryDir;
 #else
 // What the suites use of Qt 5's QTemporaryDir: a new empty folder, removed
@@ -69,19 +79,36 @@ private:
 QByteArray signatureOf(const QMetaMethod& method);
 QByteArray joined(const QList<QByteArray>& parts, char separator);
 QColor pixelColor(const QImage& image, int x, int y);
+// A local date and time at offsetSeconds east of UTC.
+QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds);
 QColor pixelColor(const QImage& image, const QPoint& point);
 bool waitForWindowShown(QWidget* window);
+
+// Input events as the platform delivers them, at a time in milliseconds: a
+// mouse event, one or two fingers on the screen, a wheel turned by angle
+// (eighths of a degree). Qt 5's events carry their time; under Qt 4 the
+// host reads it as the time of arrival, which is fixed here until the next.
+std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& at,
+    Qt::MouseButton button, Qt::MouseButtons held, unsigned long time);
+std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates states,
+    const QList<QTouchEvent::TouchPoint>& fingers, unsigned long time);
+std::unique_ptr<QInputEvent> wheelEvent(
+    const QPointF& at, int angle, Qt::KeyboardModifiers modifiers, unsigned long time);
 
 // A debug line as the stream writes it: Qt 4 ends every item with a blank,
 // so its lines end in one; Qt 5 drops the last.
 inline QString debugLine(const QString& text)
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return text + QLatin1Char(' ');
 #else
     return text;
 #endif
 }
+
+// An expected line of a trace, as this Qt writes it: a whole debug line,
+// {"debug":"..."}, takes the debug stream's ending blank under Qt 4.
+QByteArray traceLine(const QByteArray& expected);
 
 // Makes UTF-8 the application's codec for 8-bit strings and for the locale,
 // as a host that reads UTF-8 names sets it. Qt 4 reads 8-bit strings and
@@ -92,7 +119,7 @@ void useUtf8ForEightBitStrings();
 // device, and 8 is Qt 5.15's.
 inline int mocRevision()
 {
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
     return 6;
 #else
     return 8;
@@ -137,6 +164,14 @@ QByteArray gifWithScreen(const QSize& screen);
 // pixel data is cut off, so it reports the size but never decodes.
 QByteArray pngHeaderOnly(const QSize& size);
 
+// The program's JSON output, read with a library that serves both Qts:
+// discarded when the text is no JSON; the value at a pointer such as
+// "/volume/id", null where there is none; a string's text, empty for others.
+nlohmann::json parseJson(const QByteArray& text);
+nlohmann::json jsonAt(const nlohmann::json& value, const char* pointer);
+QString jsonText(const nlohmann::json& value);
+QStringList jsonTexts(const nlohmann::json& array);
+
 // The built tamber program, run as a user runs it but with a library, settings
 // and data of its own in folder.
 class Tamber
@@ -174,7 +209,7 @@ public:
     MessageLog& operator=(const MessageLog&) = delete;
 
 private:
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     QtMessageHandler previous;
 #else
     QtMsgHandler previous;
