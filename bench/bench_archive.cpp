@@ -6,6 +6,7 @@
 //   bench_archive --workload=DIR [benchmark flags]
 //   bench_archive --decode=bounded|full FILE   (the child that decodes)
 
+#include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "ComicZipArchive.h"
@@ -169,7 +170,9 @@ int main(int argc, char** argv)
     BenchProgram bench(argc, argv);
     program = &bench;
     const QString decode = BenchProgram::takeOption(argc, argv, "decode");
-    QApplication application(argc, argv);
+    const std::unique_ptr<QApplication> application = bench.makeApplication(argc, argv);
+    if (!application)
+        return 2;
     if (!decode.isEmpty())
         return argc == 2 ? decodeChild(decode, QString::fromLocal8Bit(argv[1])) : 2;
     if (!bench.loadWorkload())
@@ -179,7 +182,7 @@ int main(int argc, char** argv)
         ->Iterations(bench.isSmoke() ? 1 : 5)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
-    if (QFileInfo::exists(QStringLiteral(TAMBER_SAMPLES_DIR "/Captain Science #001-cbi.cbr")))
+    if (QFileInfo(QStringLiteral(TAMBER_SAMPLES_DIR "/Captain Science #001-cbi.cbr")).exists())
         benchmark::RegisterBenchmark("archive/rar_page", rarPage)
             ->Iterations(bench.isSmoke() ? 2 : 40)
             ->UseManualTime()

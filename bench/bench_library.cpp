@@ -4,15 +4,15 @@
 //
 //   bench_library --workload=DIR [benchmark flags]
 
+#include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
-#include "ComicsReaderParser.h"
 #include "PairedSamples.h"
+#include "ParsedBook.h"
 
 #include <QApplication>
 #include <QDirIterator>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QVector>
 
 #include <benchmark/benchmark.h>
@@ -21,23 +21,12 @@ namespace {
 
 BenchProgram* program = nullptr;
 
-// What a host keeps of a parse: every record its signals carry.
-struct ParsedBook
-{
-    QVector<Pagelet> pages;
-    Volume volume;
-};
-
-ParsedBook parse(const QString& path)
+// The pages of a parse that a host receives in full, as it keeps them.
+int parsedPages(const QString& path)
 {
     ParsedBook book;
-    ComicsReaderParser parser;
-    QObject::connect(&parser, &ComicsReaderParser::pageletParsed,
-        [&](Pagelet& pagelet) { book.pages << pagelet; });
-    QObject::connect(&parser, &ComicsReaderParser::volumeParsed,
-        [&](Volume& volume, bool, bool) { book.volume = volume; });
-    parser.parse(path);
-    return book;
+    ParsedBook::parse(path, &book);
+    return book.pages.size();
 }
 
 // parse() with all its signals received, against "zipinfo -1" of the same
@@ -52,7 +41,7 @@ void parseManyEntries(benchmark::State& state)
         double ours = 0;
         ChildProcess::Result listing;
         auto parseComic
-            = [&] { ours = PairedSamples::seconds([&] { pages = parse(comic).pages.size(); }); };
+            = [&] { ours = PairedSamples::seconds([&] { pages = parsedPages(comic); }); };
         auto list = [&] { listing = ChildProcess::run({ "zipinfo", "-1", comic }); };
         PairedSamples::inTurns(pair++, parseComic, list);
         if (!listing.ok()) {
@@ -82,7 +71,7 @@ void importFolder(benchmark::State& state)
     while (it.hasNext())
         files << it.next();
     files.sort();
-    QTemporaryDir dir;
+    BenchCompat::TemporaryDir dir;
     const QString library = dir.filePath(QStringLiteral("library.sqlite"));
     const QString empty = dir.filePath(QStringLiteral("empty.sqlite"));
     const QString tamber = BenchProgram::binDir() + QStringLiteral("/tamber");
@@ -97,7 +86,7 @@ void importFolder(benchmark::State& state)
 
     PairedSamples samples;
     int pair = 0;
-    int parsedPages = 0;
+    int pageCount = 0;
     for (auto _ : state) {
         for (const char* suffix : { "", "-wal", "-shm" })
             QFile::remove(library + QLatin1String(suffix));
@@ -109,9 +98,9 @@ void importFolder(benchmark::State& state)
         };
         auto parseBooks = [&] {
             reference = PairedSamples::seconds([&] {
-                parsedPages = 0;
+                pageCount = 0;
                 for (const QString& file : files)
-                    parsedPages += parse(file).pages.size();
+                    pageCount += parsedPages(file);
             });
         };
         PairedSamples::inTurns(pair++, importBooks, parseBooks);
@@ -122,13 +111,13 @@ void importFolder(benchmark::State& state)
         state.SetIterationTime(import.seconds);
         samples.add(import.seconds, reference);
     }
-    if (parsedPages != program->workload().libraryPages) {
+    if (pageCount != program->workload().libraryPages) {
         state.SkipWithError("the parser did not find every page of the library");
         return;
     }
     samples.report(state);
     state.counters["books"] = files.size();
-    state.counters["pages"] = parsedPages;
+    state.counters["pages"] = pageCount;
 }
 
 } // namespace
@@ -137,7 +126,9 @@ int main(int argc, char** argv)
 {
     BenchProgram bench(argc, argv);
     program = &bench;
-    QApplication application(argc, argv);
+    const std::unique_ptr<QApplication> application = bench.makeApplication(argc, argv);
+    if (!application)
+        return 2;
     if (!bench.loadWorkload())
         return 2;
 

@@ -5,12 +5,12 @@
 //
 //   bench_render --workload=DIR [benchmark flags]
 
+#include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "PairedSamples.h"
 
 #include <QApplication>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -22,7 +22,7 @@ const QString screenSize = QStringLiteral("1072x1448");
 void renderPage(benchmark::State& state, const QString& format)
 {
     const Workload& workload = program->workload();
-    QTemporaryDir dir;
+    BenchCompat::TemporaryDir dir;
     const QString library = dir.filePath(QStringLiteral("library.sqlite"));
     const QString tamber = BenchProgram::binDir() + QStringLiteral("/tamber");
     const ChildProcess::Result import
@@ -73,7 +73,9 @@ int main(int argc, char** argv)
 {
     BenchProgram bench(argc, argv);
     program = &bench;
-    QApplication application(argc, argv);
+    const std::unique_ptr<QApplication> application = bench.makeApplication(argc, argv);
+    if (!application)
+        return 2;
     if (!bench.loadWorkload())
         return 2;
 

@@ -9,6 +9,7 @@
 //
 //   bench_webp --workload=DIR [benchmark flags]
 
+#include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "ComicPagePainter.h"
@@ -17,8 +18,6 @@
 #include <QApplication>
 #include <QFile>
 #include <QImageReader>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 #include <webp/encode.h>
@@ -56,7 +55,7 @@ double dwebpSeconds(const QString& dwebp, const QString& file)
 
 void decodePage(benchmark::State& state)
 {
-    const QString dwebp = QStandardPaths::findExecutable(QStringLiteral("dwebp"));
+    const QString dwebp = BenchCompat::findExecutable(QStringLiteral("dwebp"));
     if (dwebp.isEmpty()) {
         state.SkipWithError("dwebp is not installed (Debian package webp)");
         return;
@@ -65,7 +64,7 @@ void decodePage(benchmark::State& state)
         state.SkipWithError("no webp image plug-in beside the program");
         return;
     }
-    QTemporaryDir dir;
+    BenchCompat::TemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("page.webp"));
     const Workload& workload = program->workload();
     if (!writeLossyPage(file, workload.pageSize, workload.quality)) {
@@ -100,7 +99,9 @@ int main(int argc, char** argv)
 {
     BenchProgram bench(argc, argv);
     program = &bench;
-    QApplication application(argc, argv);
+    const std::unique_ptr<QApplication> application = bench.makeApplication(argc, argv);
+    if (!application)
+        return 2;
     if (!bench.loadWorkload())
         return 2;
 

@@ -6,7 +6,9 @@
 //
 //   bench_load [benchmark flags]
 
+#include "BenchCompat.h"
 #include "ComicsReaderPlugin.h"
+#include "Display.h"
 #include "GestureRegistration.h"
 #include "Library.h"
 #include "ParserHost.h"
@@ -18,7 +20,6 @@
 #include <QFile>
 #include <QImage>
 #include <QPainter>
-#include <QTemporaryDir>
 #include <QWidget>
 
 #include <benchmark/benchmark.h>
@@ -34,7 +35,7 @@ const QSize screen(1072, 1448);
 
 struct Workload
 {
-    QTemporaryDir dir;
+    BenchCompat::TemporaryDir dir;
     QString comic;
     std::map<int, QString> libraries; // by number of books
     ComicsReaderPlugin plugin;
@@ -45,7 +46,7 @@ Workload* workload = nullptr;
 QByteArray jpegPage(int number)
 {
     QImage page(600, 900, QImage::Format_RGB32);
-    page.fill(QColor(240, 238, 228));
+    page.fill(QColor(240, 238, 228).rgb());
     QPainter painter(&page);
     painter.setPen(QPen(Qt::black, 6));
     painter.drawRect(page.rect().adjusted(30, 30, -30, -30));
@@ -217,8 +218,9 @@ BENCHMARK(save)->Arg(1)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    if (!Display::prepare(QStringLiteral("bench_load"), false))
+        return 2;
+    const std::unique_ptr<QApplication> app = Display::makeApplication(argc, argv);
     registerGestureRecognizers();
     benchmark::Initialize(&argc, argv);
 

@@ -10,15 +10,15 @@
 class QPainter;
 
 // The plot of docs/performance.png: above, the time of each page turn and of
-// decoding the same page alone; below, the resident set after each page.
+// its mandated steps on the same page; below, the resident set after each
+// page; each for every Qt loaded.
 class PageTimesPlot
 {
 public:
     // The CSV files that bench_view writes (--pages-csv, --memory-csv).
-    bool loadTimes(const QString& csv);
-    bool loadMemory(const QString& csv);
-    // A horizontal line on the memory panel; 0 for none.
-    void setMemoryLimit(double mebibytes) { memoryLimit = mebibytes; }
+    // label names the Qt; limit, in MiB, is drawn as a line (0 for none).
+    bool loadTimes(const QString& label, const QString& csv);
+    bool loadMemory(const QString& label, const QString& csv, double limit);
 
     QImage image(const QSize& size) const;
 
@@ -37,7 +37,6 @@ private:
 
     QList<Series> timeSeries;
     QList<Series> memorySeries;
-    double memoryLimit = 0;
 };
 
 #endif

@@ -6,41 +6,57 @@
 #include <QString>
 #include <QStringList>
 
-// The figures of one run of the benchmark programs (their JSON output), as a
-// table of workload, our figure, the reference figure, their ratio and the goal.
+// The figures of the benchmark programs' runs (their JSON output), one run
+// per Qt, as a table: per workload its goal and, for each Qt, our figure,
+// the reference figure, their ratio and whether the goal was met.
 class PerformanceReport
 {
 public:
-    struct Row
+    struct Cell
     {
-        QString workload;
         QString ours;
         QString reference;
         QString ratio;
-        QString goal;
         // "met", "missed by ..." or "reported"; an error says what failed.
         QString verdict;
     };
+    struct Row
+    {
+        QString workload;
+        QString goal;
+        // One per run, in the order they were loaded.
+        QList<Cell> cells;
+    };
 
-    // Reads every *.json in resultsDir that Google Benchmark wrote.
-    bool load(const QString& resultsDir, QString* error);
+    // Reads every *.json in resultsDir that Google Benchmark (or
+    // scripts/bench-instructions) wrote, as the run of the Qt named label.
+    bool load(const QString& label, const QString& resultsDir, QString* error);
 
+    QStringList labels() const;
     QList<Row> rows() const;
-    // The memory goal of reading a book, in MiB; 0 when it did not run.
-    double memoryLimit() const;
+    // The memory goal of reading the comic in a run, in MiB; 0 when it did not run.
+    double memoryLimit(int run) const;
     // The table as aligned plain text, for the terminal.
     QString text() const;
-    // The whole page: the run's context, the table, what each row measures,
+    // The whole page: the runs' context, the table, the page turn's steps,
     // and notes (Markdown) appended as they are.
     QString markdown(const QString& workloadSummary, const QString& notes) const;
 
 private:
-    // The benchmark whose name starts with prefix; an empty object if none ran.
-    QJsonObject benchmark(const QString& prefix) const;
-    QString context() const;
+    struct Run
+    {
+        QString label;
+        QList<QJsonObject> benchmarks;
+        QJsonObject context;
+    };
 
-    QList<QJsonObject> benchmarks;
-    QJsonObject runContext;
+    // The benchmark of a run whose name starts with prefix; an empty object if none ran.
+    static QJsonObject benchmark(const Run& run, const QString& prefix);
+    static QString context(const Run& run);
+    static QList<Cell> cells(const Run& run);
+    QString stepsTable() const;
+
+    QList<Run> runs;
 };
 
 #endif

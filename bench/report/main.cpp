@@ -1,6 +1,7 @@
-// bench-report --results=DIR --workload=DIR --notes=FILE --docs=DIR
-// Prints the table of a run's figures and writes DIR/performance.md (the table,
-// then the notes) and DIR/performance.png (per-page times and memory).
+// bench-report --results=DIR [--device-results=DIR] --workload=DIR --notes=FILE --docs=DIR
+// Prints the table of the runs' figures (the desktop's Qt, and the device's
+// when given) and writes DIR/performance.md (the table, then the notes) and
+// DIR/performance.png (per-page times and memory).
 
 #include "PageTimesPlot.h"
 #include "PerformanceReport.h"
@@ -8,6 +9,7 @@
 
 #include <QCommandLineParser>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
 
@@ -22,7 +24,8 @@ QString workloadSummary(const Workload& workload)
         "Workload (made by `bench-workload`, the same files on every run): a comic of %1 JPEG "
         "pages of %2 × %3 pixels at quality %4 (flat panels, ink lines, lettering, halftone), "
         "deflated in a ZIP as archivers make them, read on a %5 screen; a comic of %6 entries; "
-        "%7 books of %8 pages in all; a %9 JPEG.")
+        "%7 books of %8 pages in all; a %9 JPEG; and, in the full workload, a big book of %10 "
+        "pages of the comic's kind at quality %11, deflated, of %12.")
         .arg(workload.comicPages)
         .arg(workload.pageSize.width())
         .arg(workload.pageSize.height())
@@ -33,7 +36,11 @@ QString workloadSummary(const Workload& workload)
         .arg(english.toString(workload.libraryPages))
         .arg(QStringLiteral("%1 × %2")
                  .arg(workload.largeSize.width())
-                 .arg(workload.largeSize.height()));
+                 .arg(workload.largeSize.height()))
+        .arg(english.toString(workload.bigBookPages))
+        .arg(workload.bigBookQuality)
+        .arg(QStringLiteral("%1 GiB").arg(
+            QString::number(QFileInfo(workload.bigBook()).size() / double(1 << 30), 'f', 2)));
 }
 
 } // namespace
@@ -45,19 +52,24 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     const QCommandLineOption results(
         QStringLiteral("results"), QStringLiteral("Results folder."), QStringLiteral("DIR"));
+    const QCommandLineOption deviceResults(QStringLiteral("device-results"),
+        QStringLiteral("Results folder of the device's Qt."), QStringLiteral("DIR"));
     const QCommandLineOption workloadDir(
         QStringLiteral("workload"), QStringLiteral("Workload folder."), QStringLiteral("DIR"));
     const QCommandLineOption notes(QStringLiteral("notes"),
         QStringLiteral("Markdown appended to the page."), QStringLiteral("FILE"));
     const QCommandLineOption docs(
         QStringLiteral("docs"), QStringLiteral("Output folder."), QStringLiteral("DIR"));
-    parser.addOptions({ results, workloadDir, notes, docs });
+    parser.addOptions({ results, deviceResults, workloadDir, notes, docs });
     parser.process(application);
 
     QString error;
     PerformanceReport report;
     Workload workload;
-    if (!report.load(parser.value(results), &error)
+    if (!report.load(QStringLiteral("Qt 5.15 (desktop)"), parser.value(results), &error)
+        || (parser.isSet(deviceResults)
+            && !report.load(QStringLiteral("Qt 4.8 (device's, x86_64)"),
+                parser.value(deviceResults), &error))
         || !Workload::load(parser.value(workloadDir), &workload, &error)) {
         std::fprintf(stderr, "bench-report: %s\n", qPrintable(error));
         return 1;
@@ -77,9 +89,15 @@ int main(int argc, char** argv)
     }
 
     PageTimesPlot plot;
-    plot.loadTimes(parser.value(results) + QStringLiteral("/pages.csv"));
-    plot.loadMemory(parser.value(results) + QStringLiteral("/memory.csv"));
-    plot.setMemoryLimit(report.memoryLimit());
+    QStringList folders { parser.value(results) };
+    if (parser.isSet(deviceResults))
+        folders << parser.value(deviceResults);
+    for (int run = 0; run < folders.size(); ++run) {
+        const QString label = run == 0 ? QStringLiteral("Qt 5") : QStringLiteral("Qt 4");
+        plot.loadTimes(label, folders.at(run) + QStringLiteral("/pages.csv"));
+        plot.loadMemory(label, folders.at(run) + QStringLiteral("/memory.csv"),
+            report.memoryLimit(run));
+    }
     const QString png = parser.value(docs) + QStringLiteral("/performance.png");
     if (!plot.image(QSize(1200, 900)).save(png)) {
         std::fprintf(stderr, "bench-report: %s: cannot write\n", qPrintable(png));

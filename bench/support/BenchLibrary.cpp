@@ -1,9 +1,7 @@
 #include "BenchLibrary.h"
 
-#include "ComicsReaderParser.h"
 #include "Library.h"
-
-#include <QVector>
+#include "ParsedBook.h"
 
 BenchLibrary::BenchLibrary()
 {
@@ -25,17 +23,13 @@ bool BenchLibrary::isOpen() const
 
 Volume BenchLibrary::import(const QString& path)
 {
-    QVector<Pagelet> pages;
-    Volume stored;
-    ComicsReaderParser parser;
-    QObject::connect(
-        &parser, &ComicsReaderParser::pageletParsed, [&](Pagelet& pagelet) { pages << pagelet; });
-    QObject::connect(&parser, &ComicsReaderParser::volumeParsed, [&](Volume& volume, bool, bool) {
-        if (Library::storeBook(volume, pages))
-            stored = Library::book(volume.getId());
-        else
-            message = Library::lastError();
-    });
-    parser.parse(path);
-    return stored;
+    ParsedBook parsed;
+    ParsedBook::parse(path, &parsed);
+    if (!parsed.parsed)
+        return Volume();
+    if (!Library::storeBook(parsed.volume, parsed.pages)) {
+        message = Library::lastError();
+        return Volume();
+    }
+    return Library::book(parsed.volume.getId());
 }

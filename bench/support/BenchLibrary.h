@@ -1,10 +1,10 @@
 #ifndef BENCHLIBRARY_H
 #define BENCHLIBRARY_H
 
+#include "BenchCompat.h"
 #include "Volume.h"
 
 #include <QString>
-#include <QTemporaryDir>
 
 // A library file of its own in a temporary folder, open while this lives,
 // into which comics are imported in this process, as the host does: the
@@ -24,7 +24,7 @@ public:
     BenchLibrary& operator=(const BenchLibrary&) = delete;
 
 private:
-    QTemporaryDir dir;
+    BenchCompat::TemporaryDir dir;
     QString message;
 };
 

@@ -1,8 +1,9 @@
 #include "BenchProgram.h"
 
+#include "BenchEnvironment.h"
+#include "QtCompat.h"
+
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 
 #include <benchmark/benchmark.h>
 
@@ -13,22 +14,12 @@ BenchProgram::BenchProgram(int& argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     workloadDir = takeOption(argc, argv, "workload");
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // As the host program does: one zone for libzip's per-entry mktime.
-    if (qEnvironmentVariableIsEmpty("TZ"))
-        qputenv("TZ", ":/etc/localtime");
-    // The settings that the parser reads, and Qt's runtime folder, in a folder
-    // of their own.
-    settingsDir = QDir::tempPath() + QStringLiteral("/tamber-bench-settings");
-    QDir().mkpath(settingsDir);
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(settingsDir));
-    qputenv("XDG_DATA_HOME", QFile::encodeName(settingsDir));
-    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
-        const QString runtime = settingsDir + QStringLiteral("/runtime");
-        QDir().mkpath(runtime);
-        QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
-    }
+    BenchEnvironment::prepare();
+}
+
+std::unique_ptr<QApplication> BenchProgram::makeApplication(int& argc, char** argv)
+{
+    return BenchEnvironment::makeApplication(argc, argv);
 }
 
 QString BenchProgram::takeOption(int& argc, char** argv, const char* name)

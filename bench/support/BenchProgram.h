@@ -3,19 +3,23 @@
 
 #include "Workload.h"
 
+#include <QApplication>
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
 // What every benchmark program does first and last: Google Benchmark's flags,
-// then its own (--workload=DIR, the folder that bench-workload made), and an
-// environment, inherited by the programs it runs, that touches neither a
-// display nor the user's settings.
+// then its own (--workload=DIR, the folder that bench-workload made), and
+// BenchEnvironment's environment.
 class BenchProgram
 {
 public:
     // Call before QApplication, which must not see the benchmark flags.
     BenchProgram(int& argc, char** argv);
 
+    // BenchEnvironment's application object.
+    static std::unique_ptr<QApplication> makeApplication(int& argc, char** argv);
     // Removes --NAME=VALUE from the arguments and returns VALUE.
     static QString takeOption(int& argc, char** argv, const char* name);
     // Loads the workload named by --workload; false after printing why.
@@ -29,7 +33,6 @@ public:
 
 private:
     QString workloadDir;
-    QString settingsDir;
     Workload loaded;
 };
 

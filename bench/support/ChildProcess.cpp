@@ -96,7 +96,9 @@ ChildProcess::Result ChildProcess::run(
     result.seconds = std::chrono::duration<double>(end - start).count();
     result.peakKiB = usage.ru_maxrss;
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    errors.seek(0);
-    result.errors = errors.readAll();
+    // Read through the descriptor the child wrote to: Qt 4's file object
+    // still takes the file for the empty one it opened.
+    ::lseek(errors.handle(), 0, SEEK_SET);
+    result.errors = readAll(errors.handle());
     return result;
 }

@@ -1,5 +1,7 @@
 #include "MemoryStatus.h"
 
+#include "QtCompat.h"
+
 #include <QByteArray>
 #include <QFile>
 

@@ -1,5 +1,6 @@
 #include "ReaderWindow.h"
 
+#include "BenchCompat.h"
 #include "ComicsReader.h"
 
 #include <QCoreApplication>
@@ -53,7 +54,14 @@ ComicsReader* ReaderWindow::view() const
 
 void ReaderWindow::paint()
 {
-    reader->repaint();
+    BenchCompat::paint(reader);
+}
+
+void ReaderWindow::drag(const QPoint& offset)
+{
+    reader->processOffset(offset);
+    if (!BenchCompat::repaintsItself())
+        paint();
 }
 
 int ReaderWindow::renderedPage() const

@@ -4,6 +4,7 @@
 #include "PluginState.h"
 #include "Volume.h"
 
+#include <QPoint>
 #include <QSize>
 
 class ComicsReader;
@@ -22,6 +23,8 @@ public:
     ComicsReader* view() const;
     // A synchronous repaint, as the host's window system asks for one.
     void paint();
+    // A drag of the view's page by offset, and the repaint that it asks for.
+    void drag(const QPoint& offset);
     // The page that the view last decoded, -1 before any.
     int renderedPage() const;
     QSize pageImageSize() const;

@@ -1,12 +1,48 @@
 #include "Workload.h"
 
+#include "BenchCompat.h"
+
 #include <QFile>
-#include <QJsonDocument>
+#include <QStringList>
 
 namespace {
 
 // Raised whenever the generator makes different files for the same plan.
-const int generatorVersion = 1;
+const int generatorVersion = 2;
+
+// The manifest is one flat JSON object of numbers and strings, one field a
+// line; written and read here, as Qt 4 has no JSON.
+QMap<QString, QString> readFields(const QByteArray& text)
+{
+    QMap<QString, QString> fields;
+    for (const QByteArray& rawLine : text.split('\n')) {
+        QString line = QString::fromUtf8(rawLine).trimmed();
+        if (line.endsWith(QLatin1Char(',')))
+            line.chop(1);
+        const int colon = line.indexOf(QLatin1Char(':'));
+        if (!line.startsWith(QLatin1Char('"')) || colon < 0)
+            continue;
+        QString key = line.left(colon).trimmed();
+        QString value = line.mid(colon + 1).trimmed();
+        key = key.mid(1, key.size() - 2);
+        if (value.startsWith(QLatin1Char('"')) && value.endsWith(QLatin1Char('"')))
+            value = value.mid(1, value.size() - 2);
+        fields.insert(key, value);
+    }
+    return fields;
+}
+
+QByteArray writeFields(const QMap<QString, QString>& fields)
+{
+    QStringList lines;
+    for (auto it = fields.constBegin(); it != fields.constEnd(); ++it) {
+        bool number = false;
+        it.value().toLongLong(&number);
+        lines << QStringLiteral("    \"%1\": %2")
+                     .arg(it.key(), number ? it.value() : QLatin1Char('"') + it.value() + QLatin1Char('"'));
+    }
+    return "{\n" + lines.join(QStringLiteral(",\n")).toUtf8() + "\n}\n";
+}
 
 } // namespace
 
@@ -23,6 +59,8 @@ Workload Workload::planned(Scale scale, const QString& dir)
         workload.books = 200;
         workload.libraryPages = 10000;
         workload.largeSize = QSize(12000, 9000);
+        workload.bigBookPages = 2000;
+        workload.bigBookQuality = 92;
     } else {
         workload.scale = QStringLiteral("smoke");
         workload.comicPages = 4;
@@ -42,35 +80,36 @@ bool Workload::load(const QString& dir, Workload* workload, QString* error)
         *error = QStringLiteral("%1: no workload; make one with bench-workload").arg(dir);
         return false;
     }
-    const QJsonObject json = QJsonDocument::fromJson(file.readAll()).object();
-    if (json.value(QStringLiteral("version")).toInt() != generatorVersion) {
+    const QMap<QString, QString> json = readFields(file.readAll());
+    auto number = [&json](const char* key) { return json.value(QLatin1String(key)).toInt(); };
+    if (number("version") != generatorVersion) {
         *error = QStringLiteral("%1: the workload is stale; make it again with bench-workload")
                      .arg(dir);
         return false;
     }
     workload->dir = dir;
-    workload->scale = json.value(QStringLiteral("scale")).toString();
-    workload->comicPages = json.value(QStringLiteral("comicPages")).toInt();
-    workload->pageSize = QSize(json.value(QStringLiteral("pageWidth")).toInt(),
-        json.value(QStringLiteral("pageHeight")).toInt());
-    workload->quality = json.value(QStringLiteral("quality")).toInt();
-    workload->entries = json.value(QStringLiteral("entries")).toInt();
-    workload->books = json.value(QStringLiteral("books")).toInt();
-    workload->libraryPages = json.value(QStringLiteral("libraryPages")).toInt();
-    workload->largeSize = QSize(json.value(QStringLiteral("largeWidth")).toInt(),
-        json.value(QStringLiteral("largeHeight")).toInt());
+    workload->scale = json.value(QStringLiteral("scale"));
+    workload->comicPages = number("comicPages");
+    workload->pageSize = QSize(number("pageWidth"), number("pageHeight"));
+    workload->quality = number("quality");
+    workload->entries = number("entries");
+    workload->books = number("books");
+    workload->libraryPages = number("libraryPages");
+    workload->largeSize = QSize(number("largeWidth"), number("largeHeight"));
+    workload->bigBookPages = number("bigBookPages");
+    workload->bigBookQuality = number("bigBookQuality");
     return true;
 }
 
 bool Workload::save() const
 {
     QFile file(dir + QStringLiteral("/manifest.json"));
-    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(toJson()).toJson()) > 0;
+    return file.open(QIODevice::WriteOnly) && file.write(writeFields(fields())) > 0;
 }
 
 bool Workload::sameAs(const Workload& other) const
 {
-    return toJson() == other.toJson();
+    return fields() == other.fields();
 }
 
 QString Workload::comic() const
@@ -93,24 +132,44 @@ QString Workload::largeImage() const
     return dir + QStringLiteral("/large.jpg");
 }
 
+QString Workload::bigBook() const
+{
+    return dir + QStringLiteral("/big.cbz");
+}
+
+QString Workload::bigBookStart() const
+{
+    return dir + QStringLiteral("/big-start.cbz");
+}
+
+QString Workload::bigPageName(int index)
+{
+    return QStringLiteral("page-%1.jpg").arg(index + 1, 4, 10, QLatin1Char('0'));
+}
+
 QString Workload::pageName(int index)
 {
     return QStringLiteral("page-%1.jpg").arg(index + 1, 3, 10, QLatin1Char('0'));
 }
 
-QJsonObject Workload::toJson() const
+QMap<QString, QString> Workload::fields() const
 {
-    return {
-        { QStringLiteral("version"), generatorVersion },
-        { QStringLiteral("scale"), scale },
-        { QStringLiteral("comicPages"), comicPages },
-        { QStringLiteral("pageWidth"), pageSize.width() },
-        { QStringLiteral("pageHeight"), pageSize.height() },
-        { QStringLiteral("quality"), quality },
-        { QStringLiteral("entries"), entries },
-        { QStringLiteral("books"), books },
-        { QStringLiteral("libraryPages"), libraryPages },
-        { QStringLiteral("largeWidth"), largeSize.width() },
-        { QStringLiteral("largeHeight"), largeSize.height() },
+    QMap<QString, QString> fields;
+    auto add = [&fields](const char* key, int value) {
+        fields.insert(QLatin1String(key), QString::number(value));
     };
+    add("version", generatorVersion);
+    fields.insert(QStringLiteral("scale"), scale);
+    add("comicPages", comicPages);
+    add("pageWidth", pageSize.width());
+    add("pageHeight", pageSize.height());
+    add("quality", quality);
+    add("entries", entries);
+    add("books", books);
+    add("libraryPages", libraryPages);
+    add("largeWidth", largeSize.width());
+    add("largeHeight", largeSize.height());
+    add("bigBookPages", bigBookPages);
+    add("bigBookQuality", bigBookQuality);
+    return fields;
 }

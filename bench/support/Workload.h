@@ -1,7 +1,7 @@
 #ifndef WORKLOAD_H
 #define WORKLOAD_H
 
-#include <QJsonObject>
+#include <QMap>
 #include <QSize>
 #include <QString>
 
@@ -25,8 +25,17 @@ public:
     QString entriesComic() const;
     QString libraryDir() const;
     QString largeImage() const;
+    // The big book, in the full workload only: many pages of the comic's
+    // kind, at a quality that makes the file at least bigBookMinimumBytes.
+    QString bigBook() const;
+    static const qint64 bigBookMinimumBytes = qint64(2) << 30;
+    // The big book's first pages alone: the same page 1 in a small book.
+    QString bigBookStart() const;
+    static const int bigBookStartPages = 10;
     // The entry name of a page of the comic, 0-based.
     static QString pageName(int index);
+    // The big book's entry names have room for its page count.
+    static QString bigPageName(int index);
     // The entries comic holds one folder per chapter of 100 pages, and one
     // metadata entry; the rest are pages.
     int entryChapters() const { return qMax(1, entries / 100); }
@@ -41,9 +50,12 @@ public:
     int books = 0;
     int libraryPages = 0;
     QSize largeSize;
+    int bigBookPages = 0;
+    int bigBookQuality = 0;
 
 private:
-    QJsonObject toJson() const;
+    // The manifest's fields, each value as its text.
+    QMap<QString, QString> fields() const;
 };
 
 #endif

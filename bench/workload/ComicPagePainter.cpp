@@ -61,7 +61,7 @@ QImage ComicPagePainter::page(const QSize& size)
 {
     unit = size.width() / referenceWidth;
     QImage image(size, QImage::Format_RGB32);
-    image.fill(QColor(252, 250, 244));
+    image.fill(QColor(252, 250, 244).rgb());
 
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -125,7 +125,7 @@ void ComicPagePainter::halftone(QPainter& painter, const QRectF& rect)
     int line = 0;
     for (double y = rect.top(); y < rect.bottom(); y += spacing / 2, ++line) {
         const double shift = line % 2 ? spacing / 2 : 0.0;
-        const double grow = (y - rect.top()) / qMax(1.0, rect.height());
+        const double grow = (y - rect.top()) / qMax(1.0, double(rect.height()));
         const double radius = spacing * (0.08 + 0.3 * grow);
         for (double x = rect.left() + shift; x < rect.right(); x += spacing)
             painter.drawEllipse(QPointF(x, y), radius, radius);

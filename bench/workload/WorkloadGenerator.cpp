@@ -1,10 +1,12 @@
 #include "WorkloadGenerator.h"
 
+#include "BenchCompat.h"
 #include "ComicPagePainter.h"
 #include "ZipWriter.h"
 
 #include <QBuffer>
 #include <QDir>
+#include <QFileInfo>
 #include <QImageWriter>
 #include <QVector>
 
@@ -45,7 +47,7 @@ WorkloadGenerator::WorkloadGenerator(const Workload& plan)
 bool WorkloadGenerator::run(QString* error)
 {
     QDir dir(plan.dir);
-    if (dir.exists() && !dir.removeRecursively()) {
+    if (dir.exists() && !BenchCompat::removeTree(plan.dir)) {
         *error = QStringLiteral("%1: cannot remove the old workload").arg(plan.dir);
         return false;
     }
@@ -53,7 +55,8 @@ bool WorkloadGenerator::run(QString* error)
         *error = QStringLiteral("%1: cannot make the folder").arg(plan.dir);
         return false;
     }
-    if (!comic(error) || !entriesComic(error) || !library(error) || !largeImage(error))
+    if (!comic(error) || !entriesComic(error) || !library(error) || !largeImage(error)
+        || !bigBook(error))
         return false;
     if (!plan.save()) {
         *error = QStringLiteral("%1: cannot write the manifest").arg(plan.dir);
@@ -73,11 +76,11 @@ QByteArray WorkloadGenerator::jpeg(const QImage& image, int quality)
     return bytes;
 }
 
-QList<QByteArray> WorkloadGenerator::pages(int count, const QSize& size, quint64 firstSeed) const
+QList<QByteArray> WorkloadGenerator::pages(
+    int count, const QSize& size, quint64 firstSeed, int quality) const
 {
     std::vector<QByteArray> result(static_cast<size_t>(count));
     std::atomic<int> nextPage(0);
-    const int quality = plan.quality;
     auto work = [&] {
         for (int page = nextPage++; page < count; page = nextPage++)
             result[size_t(page)]
@@ -89,12 +92,15 @@ QList<QByteArray> WorkloadGenerator::pages(int count, const QSize& size, quint64
         workers.emplace_back(work);
     for (std::thread& worker : workers)
         worker.join();
-    return QList<QByteArray>(result.begin(), result.end());
+    QList<QByteArray> list;
+    for (const QByteArray& page : result)
+        list << page;
+    return list;
 }
 
 bool WorkloadGenerator::comic(QString* error)
 {
-    const QList<QByteArray> images = pages(plan.comicPages, plan.pageSize, 1);
+    const QList<QByteArray> images = pages(plan.comicPages, plan.pageSize, 1, plan.quality);
     ZipWriter zip(plan.comic());
     zip.add("ComicInfo.xml", comicInfo);
     for (int i = 0; i < images.size(); ++i) {
@@ -181,6 +187,50 @@ bool WorkloadGenerator::largeImage(QString* error)
     QFile file(plan.largeImage());
     if (bytes.isEmpty() || !file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
         *error = QStringLiteral("%1: cannot write").arg(plan.largeImage());
+        return false;
+    }
+    return true;
+}
+
+bool WorkloadGenerator::bigBook(QString* error)
+{
+    if (plan.bigBookPages == 0)
+        return true;
+    // Painted in batches into files, which the archive reads as it is written:
+    // the book is larger than the memory a generator should take.
+    const QString folder = plan.dir + QStringLiteral("/big-pages");
+    const int batch = 64;
+    ZipWriter zip(plan.bigBook());
+    ZipWriter start(plan.bigBookStart());
+    bool ok = QDir().mkpath(folder) && zip.add("ComicInfo.xml", comicInfo)
+        && start.add("ComicInfo.xml", comicInfo);
+    for (int first = 0; ok && first < plan.bigBookPages; first += batch) {
+        const int count = qMin(batch, plan.bigBookPages - first);
+        const QList<QByteArray> images
+            = pages(count, plan.pageSize, 5000 + quint64(first), plan.bigBookQuality);
+        for (int i = 0; ok && i < count; ++i) {
+            const QString name = Workload::bigPageName(first + i);
+            QFile file(folder + QLatin1Char('/') + name);
+            ok = !images.at(i).isEmpty() && file.open(QIODevice::WriteOnly)
+                && file.write(images.at(i)) == images.at(i).size();
+            file.close();
+            ok = ok && zip.addFile(name.toUtf8(), file.fileName());
+            if (first + i < Workload::bigBookStartPages)
+                ok = ok && start.addFile(name.toUtf8(), file.fileName());
+        }
+    }
+    ok = ok && zip.close() && start.close();
+    BenchCompat::removeTree(folder);
+    if (!ok) {
+        *error = QStringLiteral("%1: cannot write").arg(plan.bigBook());
+        return false;
+    }
+    const qint64 size = QFileInfo(plan.bigBook()).size();
+    if (size < Workload::bigBookMinimumBytes) {
+        *error = QStringLiteral("%1: %2 bytes, short of %3; raise its pages' quality")
+                     .arg(plan.bigBook())
+                     .arg(size)
+                     .arg(Workload::bigBookMinimumBytes);
         return false;
     }
     return true;

@@ -4,6 +4,8 @@
 #include "Workload.h"
 
 #include <QByteArray>
+#include <QImage>
+#include <QList>
 #include <QSize>
 #include <QString>
 
@@ -22,10 +24,11 @@ private:
     bool entriesComic(QString* error);
     bool library(QString* error);
     bool largeImage(QString* error);
+    bool bigBook(QString* error);
 
     static QByteArray jpeg(const QImage& image, int quality);
     // Pages painted on all cores, as JPEG bytes in page order.
-    QList<QByteArray> pages(int count, const QSize& size, quint64 firstSeed) const;
+    QList<QByteArray> pages(int count, const QSize& size, quint64 firstSeed, int quality) const;
 
     Workload plan;
 };

@@ -34,6 +34,21 @@ bool ZipWriter::add(const QByteArray& name, const QByteArray& bytes)
     return true;
 }
 
+bool ZipWriter::addFile(const QByteArray& name, const QString& path)
+{
+    if (!archive)
+        return false;
+    zip_source_t* source
+        = zip_source_file(archive, QFile::encodeName(path).constData(), 0, 0);
+    if (!source)
+        return false;
+    if (zip_file_add(archive, name.constData(), source, ZIP_FL_ENC_UTF_8) < 0) {
+        zip_source_free(source);
+        return false;
+    }
+    return true;
+}
+
 bool ZipWriter::close()
 {
     if (!archive)

@@ -17,6 +17,9 @@ public:
 
     // A name ending in "/" adds a folder entry.
     bool add(const QByteArray& name, const QByteArray& bytes = QByteArray());
+    // An entry whose bytes libzip reads from a file when the archive closes,
+    // so that an archive larger than memory can be written.
+    bool addFile(const QByteArray& name, const QString& path);
     bool close();
 
     ZipWriter(const ZipWriter&) = delete;

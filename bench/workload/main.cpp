@@ -1,21 +1,23 @@
 // bench-workload [--smoke] DIR: makes the benchmarks' files in DIR, unless the
 // manifest there says they are already made for the same plan.
 
+#include "BenchCompat.h"
+#include "Display.h"
 #include "Workload.h"
 #include "WorkloadGenerator.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QStringList>
 
 #include <cstdio>
 
 int main(int argc, char** argv)
 {
-    // Painting on images needs QtGui, not a display.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
+    // Painting on images needs QtGui, not a display of the user's.
+    if (!Display::prepare(QStringLiteral("bench-workload"), false))
+        return 2;
+    const std::unique_ptr<QApplication> application = Display::makeApplication(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
     const bool smoke = arguments.removeAll(QStringLiteral("--smoke")) > 0;
     if (arguments.size() != 1) {

@@ -1,0 +1,71 @@
+#ifndef BENCHCOMPAT_H
+#define BENCHCOMPAT_H
+
+// Where the device's Qt 4.8 and the desktop's Qt 5 differ, for the benchmark
+// programs. The plug-in's and the host's differences are in QtCompat.h and
+// HostCompat.h; this adds the benchmarks' own.
+
+#include "QtCompat.h"
+
+#include <QImage>
+#include <QString>
+#include <QtGlobal>
+
+#if QT_VERSION >= 0x050000
+#include <QTemporaryDir>
+#endif
+
+class QWidget;
+
+namespace BenchCompat {
+
+#if QT_VERSION >= 0x050000
+using TemporaryDir = QTemporaryDir;
+#else
+// What the benchmarks use of Qt 5's QTemporaryDir: a new empty folder,
+// removed with its contents when the object goes.
+class TemporaryDir
+{
+public:
+    TemporaryDir();
+    ~TemporaryDir();
+    bool isValid() const { return !folder.isEmpty(); }
+    QString path() const { return folder; }
+    QString filePath(const QString& name) const { return folder + QLatin1Char('/') + name; }
+
+    TemporaryDir(const TemporaryDir&) = delete;
+    TemporaryDir& operator=(const TemporaryDir&) = delete;
+
+private:
+    QString folder;
+};
+#endif
+
+// Removes the folder and all it holds (Qt 4's QDir cannot remove a tree).
+bool removeTree(const QString& path);
+
+inline qint64 imageBytes(const QImage& image)
+{
+#if QT_VERSION >= 0x050000
+    return image.sizeInBytes();
+#else
+    return image.byteCount();
+#endif
+}
+
+// A program on the PATH, or an empty string.
+QString findExecutable(const QString& name);
+
+// Paints the widget now, where the window system shows it. Qt 5 repaints
+// into the window's backing store. Under Qt 4 the program is its own display
+// server, which gives a window-less run's windows no region to repaint: the
+// widget paints into an image of its size that stands for the screen.
+void paint(QWidget* widget);
+
+// Whether a repaint of the widget that its own code asks for reaches the
+// screen; where it does not, the caller paints after it with paint().
+bool repaintsItself();
+
+} // namespace BenchCompat
+
+#endif

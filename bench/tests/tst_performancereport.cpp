@@ -1,0 +1,147 @@
+// The report's table from two runs' results: each Qt's figures land in its
+// own column, and the goals' verdicts follow the figures.
+
+#include "BenchCompat.h"
+#include "PerformanceReport.h"
+
+#include <QFile>
+#include <QtTest>
+
+namespace {
+
+// A results folder holding one benchmark program's output of these benchmarks.
+bool writeResults(const QString& dir, const QString& benchmarks)
+{
+    QFile file(dir + QStringLiteral("/bench_view.json"));
+    return file.open(QIODevice::WriteOnly)
+        && file.write(QStringLiteral("{\"context\": {\"date\": \"2026-01-01T00:00:00\", "
+                                     "\"num_cpus\": 2, \"mhz_per_cpu\": 2600, "
+                                     "\"load_avg\": [0.5]}, \"benchmarks\": [%1]}")
+                          .arg(benchmarks)
+                          .toUtf8())
+        > 0;
+}
+
+QString pageTurn(double ours, double reference)
+{
+    return QStringLiteral("{\"name\": \"view/page_turn/iterations:9\", \"ours_ms\": %1, "
+                          "\"reference_ms\": %2, \"ratio\": %3}")
+        .arg(ours)
+        .arg(reference)
+        .arg(ours / reference);
+}
+
+QString bigBookOpen(double big, double small, double bigList, double smallList)
+{
+    return QStringLiteral("{\"name\": \"view/big_book_open\", \"ours_ms\": %1, "
+                          "\"reference_ms\": %2, \"ratio\": %3, \"big_list_ms\": %4, "
+                          "\"small_list_ms\": %5, \"beyond_listing_ms\": %6}")
+        .arg(big)
+        .arg(small)
+        .arg(big / small)
+        .arg(bigList)
+        .arg(smallList)
+        .arg(big - small - (bigList - smallList));
+}
+
+const PerformanceReport::Row* rowOf(const QList<PerformanceReport::Row>& rows, const char* start)
+{
+    for (const PerformanceReport::Row& row : rows) {
+        if (row.workload.startsWith(QLatin1String(start)))
+            return &row;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestPerformanceReport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void columnsPerQt();
+    void bigBookOpenAllowsOnlyTheListing();
+    void armCountsInTheDevicesColumn();
+};
+
+void TestPerformanceReport::columnsPerQt()
+{
+    BenchCompat::TemporaryDir desktop;
+    BenchCompat::TemporaryDir device;
+    QVERIFY(writeResults(desktop.path(), pageTurn(21.0, 20.0)));
+    QVERIFY(writeResults(device.path(), pageTurn(22.0, 20.0)));
+    PerformanceReport report;
+    QString error;
+    QVERIFY2(report.load(QStringLiteral("Qt 5"), desktop.path(), &error), qPrintable(error));
+    QVERIFY2(report.load(QStringLiteral("Qt 4"), device.path(), &error), qPrintable(error));
+    QCOMPARE(report.labels(), QStringList() << QStringLiteral("Qt 5") << QStringLiteral("Qt 4"));
+
+    const QList<PerformanceReport::Row> rows = report.rows();
+    const PerformanceReport::Row* turn = rowOf(rows, "page turn");
+    QVERIFY(turn);
+    QCOMPARE(turn->cells.size(), 2);
+    QCOMPARE(turn->cells.at(0).ours, QStringLiteral("21.0 ms"));
+    QCOMPARE(turn->cells.at(0).verdict, QStringLiteral("met"));
+    // 1.10 × against a goal of 1.05 ×.
+    QCOMPARE(turn->cells.at(1).ours, QStringLiteral("22.0 ms"));
+    QCOMPARE(turn->cells.at(1).verdict, QStringLiteral("missed by 5 %"));
+    // A benchmark neither run has is said so in both columns.
+    const PerformanceReport::Row* pan = rowOf(rows, "pan");
+    QVERIFY(pan);
+    QCOMPARE(pan->cells.at(0).verdict, QStringLiteral("not run"));
+
+    const QString page = report.markdown(QString(), QString());
+    QVERIFY(page.contains(QStringLiteral("Qt 5: ours vs reference")));
+    QVERIFY(page.contains(QStringLiteral("| 22.0 ms vs 20.0 ms | 1.10 ×, missed by 5 % |")));
+}
+
+void TestPerformanceReport::bigBookOpenAllowsOnlyTheListing()
+{
+    BenchCompat::TemporaryDir within;
+    BenchCompat::TemporaryDir beyond;
+    // 3 ms longer, 2.5 ms of it listing: 0.5 ms beyond, within 10 % of 30 ms.
+    QVERIFY(writeResults(within.path(), bigBookOpen(33.0, 30.0, 3.0, 0.5)));
+    // 6 ms longer with the same listing: 3.5 ms beyond, over the 3 ms allowed.
+    QVERIFY(writeResults(beyond.path(), bigBookOpen(36.0, 30.0, 3.0, 0.5)));
+    PerformanceReport report;
+    QString error;
+    QVERIFY(report.load(QStringLiteral("within"), within.path(), &error));
+    QVERIFY(report.load(QStringLiteral("beyond"), beyond.path(), &error));
+    const QList<PerformanceReport::Row> rows = report.rows();
+    const PerformanceReport::Row* open = rowOf(rows, "the big book's page 1");
+    QVERIFY(open);
+    QCOMPARE(open->cells.at(0).verdict, QStringLiteral("met"));
+    QCOMPARE(open->cells.at(1).verdict, QStringLiteral("missed by 0.500 ms"));
+}
+
+void TestPerformanceReport::armCountsInTheDevicesColumn()
+{
+    BenchCompat::TemporaryDir desktop;
+    BenchCompat::TemporaryDir device;
+    QVERIFY(writeResults(desktop.path(), pageTurn(21.0, 20.0)));
+    QVERIFY(writeResults(device.path(), pageTurn(21.0, 20.0)));
+    // As scripts/bench-instructions writes it: no benchmark context, so the
+    // run keeps the benchmark program's date and machine.
+    QFile counts(device.filePath(QStringLiteral("arm-instructions.json")));
+    QVERIFY(counts.open(QIODevice::WriteOnly));
+    counts.write("{\"context\": {\"date\": \"2025-01-01T00:00:00\"}, \"benchmarks\": "
+                 "[{\"name\": \"arm/page_turn_instructions\", \"ours\": 300500000, "
+                 "\"reference\": 300000000, \"ratio\": 1.001667}]}");
+    counts.close();
+    PerformanceReport report;
+    QString error;
+    QVERIFY(report.load(QStringLiteral("Qt 5"), desktop.path(), &error));
+    QVERIFY(report.load(QStringLiteral("Qt 4"), device.path(), &error));
+    const QList<PerformanceReport::Row> rows = report.rows();
+    const PerformanceReport::Row* arm = rowOf(rows, "the same on the device's ARM");
+    QVERIFY(arm);
+    QVERIFY(arm->cells.at(0).verdict.contains(QStringLiteral("device's Qt only")));
+    QCOMPARE(arm->cells.at(1).ours, QStringLiteral("300,500,000 instructions a turn"));
+    QCOMPARE(arm->cells.at(1).ratio, QStringLiteral("1.0017 ×"));
+    QCOMPARE(arm->cells.at(1).verdict, QStringLiteral("met"));
+    QVERIFY(report.markdown(QString(), QString()).contains(QStringLiteral("run of 2026-01-01")));
+}
+
+QTEST_APPLESS_MAIN(TestPerformanceReport)
+#include "tst_performancereport.moc"
