@@ -7,44 +7,7 @@
 
 #include <QtTest>
 
-// What the parser announces, in order. The records travel by non-const
-// reference, which QSignalSpy cannot hold.
-class Announcements : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit Announcements(ComicsReaderParser& parser)
-    {
-        connect(&parser, SIGNAL(pageletParsed(Pagelet&)), this, SLOT(onPagelet(Pagelet&)));
-        connect(&parser, SIGNAL(volumeParsed(Volume&, bool, bool)), this,
-            SLOT(onVolume(Volume&, bool, bool)));
-        connect(&parser, SIGNAL(imageParsed(Volume, QImage)), this, SLOT(onImage(Volume, QImage)));
-    }
-
-    QString order;
-    QList<Pagelet> pagelets;
-    QList<Volume> volumes;
-    QImage cover;
-
-private slots:
-    void onPagelet(Pagelet& pagelet)
-    {
-        order += QLatin1Char('p');
-        pagelets << pagelet;
-    }
-    void onVolume(Volume& volume, bool hasRights, bool isLoan)
-    {
-        order += hasRights || isLoan ? QLatin1Char('V') : QLatin1Char('v');
-        volumes << volume;
-    }
-    void onImage(const Volume& volume, const QImage& image)
-    {
-        order += QLatin1Char('c');
-        volumes << volume;
-        cover = image;
-    }
-};
+using TestSupport::Announcements;
 
 class TestParser : public QObject
 {
@@ -128,12 +91,12 @@ void TestParser::recordsByPath()
 
     PagewiseSettings(Device()).setFacebookName(account);
     ComicsReaderParser parser;
-    Announcements announced(parser);
+    Announcements announced(&parser);
     parser.parse(path);
     PagewiseSettings(Device()).setFacebookName(QString());
 
     // The pages are announced before their book.
-    QCOMPARE(announced.order, QString(announced.pagelets.size(), QLatin1Char('p')) + 'v');
+    QCOMPARE(announced.order, QString(announced.pages.size(), QLatin1Char('p')) + 'v');
     const Volume& volume = announced.volumes.first();
     QCOMPARE(volume.getId(), path);
     QCOMPARE(volume.attribute(ATTRIBUTE_TITLE).toString(), title);
@@ -143,8 +106,8 @@ void TestParser::recordsByPath()
         QCOMPARE(volume.getImageId(), imageId);
     if (firstPage.isEmpty())
         firstPage = QString(path).remove(QStringLiteral("file://"));
-    QCOMPARE(announced.pagelets.first().getId(), path + QLatin1Char('/') + firstPage);
-    QCOMPARE(announced.pagelets.first().getBookId(), path);
+    QCOMPARE(announced.pages.first().getId(), path + QLatin1Char('/') + firstPage);
+    QCOMPARE(announced.pages.first().getBookId(), path);
 }
 
 void TestParser::noPages_data()
@@ -159,7 +122,7 @@ void TestParser::noPages()
 {
     QFETCH(QString, path);
     ComicsReaderParser parser;
-    Announcements announced(parser);
+    Announcements announced(&parser);
     TestSupport::MessageLog log;
     parser.parse(path);
 
@@ -190,7 +153,7 @@ void TestParser::cover()
     volume.setId(id);
 
     ComicsReaderParser parser;
-    Announcements announced(parser);
+    Announcements announced(&parser);
     parser.parseCoverImage(volume);
 
     QCOMPARE(announced.order, QStringLiteral("c"));
@@ -226,7 +189,7 @@ void TestParser::metaObjectAsTheHostSeesIt()
 
     // Invoking the third method emits imageParsed with the arguments given;
     // an index past the three is handed back, less three, to a subclass.
-    Announcements seen(parser);
+    Announcements seen(&parser);
     Volume volume;
     volume.setId(QStringLiteral("/books/a.cbz"));
     QImage image(3, 2, QImage::Format_RGB32);

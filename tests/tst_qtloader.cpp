@@ -26,27 +26,6 @@ const char* const sdkFormats[] = { "bmp", "gif", "ico", "jpeg", "jpg", "pbm", "p
 
 } // namespace
 
-// What a parser announces, kept as the host keeps it.
-class ParsedBook : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit ParsedBook(QObject* parser)
-    {
-        connect(parser, SIGNAL(pageletParsed(Pagelet&)), this, SLOT(onPagelet(Pagelet&)));
-        connect(parser, SIGNAL(volumeParsed(Volume&, bool, bool)), this,
-            SLOT(onVolume(Volume&, bool, bool)));
-    }
-
-    QVector<Pagelet> pages;
-    QList<Volume> volumes;
-
-private slots:
-    void onPagelet(Pagelet& pagelet) { pages << pagelet; }
-    void onVolume(Volume& volume, bool, bool) { volumes << volume; }
-};
-
 class TestQtLoader : public QObject
 {
     Q_OBJECT
@@ -115,7 +94,7 @@ void TestQtLoader::parsesAndPaintsThroughTheInterface()
     QVERIFY(Library::open(dir.filePath(QStringLiteral("library.sqlite"))));
 
     const std::unique_ptr<ParserInterface> parser(plugin->parser());
-    ParsedBook book(parser.get());
+    TestSupport::Announcements book(parser.get());
     parser->parse(TestSupport::sampleCbz());
     QCOMPARE(book.pages.size(), 5);
     QCOMPARE(book.volumes.size(), 1);

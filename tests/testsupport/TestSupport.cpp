@@ -2,15 +2,10 @@
 
 #include "HostCompat.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
-#include <cstdlib>
-
 #include <QApplication>
 #include <QBuffer>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QPainter>
 #include <QTextCodec>
@@ -18,6 +13,8 @@
 #include <QProcess>
 
 #include <zip.h>
+
+#include <cstdlib>
 
 #include <nlohmann/json.hpp>
 
@@ -392,6 +389,32 @@ QByteArray pngHeaderOnly(const QSize& size)
         + QByteArray("\x01\x00\x00\x00\x00", 5); // 1 bit, greyscale, no interlace
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header)
         + chunk("IDAT", QByteArray("\x78\x9c", 2));
+}
+
+Announcements::Announcements(QObject* parser)
+{
+    connect(parser, SIGNAL(pageletParsed(Pagelet&)), SLOT(onPagelet(Pagelet&)));
+    connect(parser, SIGNAL(volumeParsed(Volume&, bool, bool)), SLOT(onVolume(Volume&, bool, bool)));
+    connect(parser, SIGNAL(imageParsed(Volume, QImage)), SLOT(onImage(Volume, QImage)));
+}
+
+void Announcements::onPagelet(Pagelet& pagelet)
+{
+    order += QLatin1Char('p');
+    pages << pagelet;
+}
+
+void Announcements::onVolume(Volume& volume, bool hasRights, bool isLoan)
+{
+    order += hasRights || isLoan ? QLatin1Char('V') : QLatin1Char('v');
+    volumes << volume;
+}
+
+void Announcements::onImage(const Volume& volume, const QImage& image)
+{
+    order += QLatin1Char('c');
+    volumes << volume;
+    cover = image;
 }
 
 Tamber::Tamber(const QString& folder)

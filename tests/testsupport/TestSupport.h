@@ -20,6 +20,9 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "Pagelet.h"
+#include "Volume.h"
+
 class QWidget;
 #include <QtTest/QTest>
 #include <QPoint>
@@ -174,6 +177,27 @@ nlohmann::json parseJson(const QByteArray& text);
 nlohmann::json jsonAt(const nlohmann::json& value, const char* pointer);
 QString jsonText(const nlohmann::json& value);
 QStringList jsonTexts(const nlohmann::json& array);
+
+// What a parser announces, in order: "p" a page, "v" its book ("V" with
+// rights or on loan), "c" a cover. The records travel by non-const
+// reference, which QSignalSpy cannot hold.
+class Announcements : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Announcements(QObject* parser);
+
+    QString order;
+    QVector<Pagelet> pages;
+    QList<Volume> volumes;
+    QImage cover;
+
+private slots:
+    void onPagelet(Pagelet& pagelet);
+    void onVolume(Volume& volume, bool hasRights, bool isLoan);
+    void onImage(const Volume& volume, const QImage& image);
+};
 
 // The built tamber program, run as a user runs it but with a library, settings
 // and data of its own in folder.
