@@ -33,3 +33,13 @@ void Command::addOptions(CommandLine& parser) const
 {
     parser.addOptions(options());
 }
+
+Command::Needs Command::Needs::oneBook(const QString& command, bool plugin)
+{
+    Needs needs;
+    needs.minimumArguments = needs.maximumArguments = 1;
+    needs.argumentsError = QStringLiteral("%1 needs one BOOK").arg(command);
+    needs.plugin = plugin;
+    needs.book = true;
+    return needs;
+}

@@ -46,6 +46,9 @@ public:
         bool plugin = false;
         // The first argument names a stored book (BOOK); implies an existing library.
         bool book = false;
+
+        // One BOOK and nothing else, with the plug-in to show it if asked.
+        static Needs oneBook(const QString& command, bool plugin);
     };
     // What the command starts from.
     struct Invocation

@@ -54,11 +54,8 @@ QVector<Command::Example> CoverCommand::examples() const
 
 Command::Needs CoverCommand::needs() const
 {
-    Needs needs;
-    needs.minimumArguments = needs.maximumArguments = 1;
-    needs.argumentsError = QStringLiteral("cover needs one BOOK");
+    Needs needs = Needs::oneBook(name(), true);
     needs.requiredOption = QStringLiteral("output");
-    needs.plugin = needs.book = true;
     return needs;
 }
 

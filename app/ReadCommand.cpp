@@ -109,11 +109,7 @@ QVector<Command::Example> ReadCommand::examples() const
 
 Command::Needs ReadCommand::needs() const
 {
-    Needs needs;
-    needs.minimumArguments = needs.maximumArguments = 1;
-    needs.argumentsError = QStringLiteral("read needs one BOOK");
-    needs.plugin = needs.book = true;
-    return needs;
+    return Needs::oneBook(name(), true);
 }
 
 int ReadCommand::run(Application&, const Invocation& call) const

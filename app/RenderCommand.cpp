@@ -122,11 +122,8 @@ QVector<Command::Example> RenderCommand::examples() const
 
 Command::Needs RenderCommand::needs() const
 {
-    Needs needs;
-    needs.minimumArguments = needs.maximumArguments = 1;
-    needs.argumentsError = QStringLiteral("render needs one BOOK");
+    Needs needs = Needs::oneBook(name(), true);
     needs.requiredOption = QStringLiteral("output");
-    needs.plugin = needs.book = true;
     return needs;
 }
 

@@ -53,11 +53,7 @@ QVector<Command::Example> ShowCommand::examples() const
 
 Command::Needs ShowCommand::needs() const
 {
-    Needs needs;
-    needs.minimumArguments = needs.maximumArguments = 1;
-    needs.argumentsError = QStringLiteral("show needs one BOOK");
-    needs.book = true;
-    return needs;
+    return Needs::oneBook(name(), false);
 }
 
 int ShowCommand::run(Application&, const Invocation& call) const

@@ -122,10 +122,8 @@ private slots:
     void undecodablePageClosesTheContainer_data();
     void undecodablePageClosesTheContainer();
 
-    void checkDogEar_data();
-    void checkDogEar();
-    void removeDogEarByPageKey_data();
-    void removeDogEarByPageKey();
+    void dogEarOfThePage_data();
+    void dogEarOfThePage();
 
 private:
     // A 200 x 300 view on a book of these pages, from an archive in memory;
@@ -508,27 +506,32 @@ QStringList TestReader::storedDogEars() const
     return extraData;
 }
 
-void TestReader::checkDogEar_data()
+void TestReader::dogEarOfThePage_data()
 {
     QTest::addColumn<QStringList>("dogEars");
     QTest::addColumn<int>("page");
     QTest::addColumn<bool>("hasDogEar");
+    QTest::addColumn<QStringList>("leftAfterRemoving");
 
-    QTest::newRow("a hidden dog ear does not count") << QStringList { "hidden:3" } << 3 << false;
+    // The store asks the view for each dog ear's key: its extra data as a
+    // page number, or the first page when that is no number.
+    QTest::newRow("a hidden dog ear does not count, but goes by its key")
+        << QStringList { "hidden:3", "5" } << 3 << false << QStringList { "5" };
     QTest::newRow("a visible one after a hidden one does")
-        << QStringList { "hidden:3", "3" } << 3 << true;
-    QTest::newRow("empty extra data never counts, even on the first page")
-        << QStringList { "" } << 0 << false;
-    QTest::newRow("extra data that is no number counts on the first page")
-        << QStringList { "abc" } << 0 << true;
-    QTest::newRow("and only there") << QStringList { "abc" } << 1 << false;
+        << QStringList { "hidden:1", "1", "5" } << 1 << true << QStringList { "5" };
+    QTest::newRow("empty extra data never counts, yet its key is the first page")
+        << QStringList { "" } << 0 << false << QStringList {};
+    QTest::newRow("extra data that is no number belongs to the first page")
+        << QStringList { "abc", "2" } << 0 << true << QStringList { "2" };
+    QTest::newRow("and only there") << QStringList { "abc" } << 1 << false << QStringList { "abc" };
 }
 
-void TestReader::checkDogEar()
+void TestReader::dogEarOfThePage()
 {
     QFETCH(QStringList, dogEars);
     QFETCH(int, page);
     QFETCH(bool, hasDogEar);
+    QFETCH(QStringList, leftAfterRemoving);
 
     ProbeReader* view = dogEaredView(dogEars);
     QVERIFY(view);
@@ -536,34 +539,8 @@ void TestReader::checkDogEar()
     bool flag = false;
     view->checkDogEar(flag);
     QCOMPARE(flag, hasDogEar);
-}
-
-void TestReader::removeDogEarByPageKey_data()
-{
-    QTest::addColumn<QStringList>("dogEars");
-    QTest::addColumn<int>("page");
-    QTest::addColumn<QStringList>("left");
-
-    // The store asks the view for each dog ear's key.
-    QTest::newRow("extra data that is no number belongs to the first page")
-        << QStringList { "abc", "2" } << 0 << QStringList { "2" };
-    QTest::newRow("hidden ones go by their key too")
-        << QStringList { "hidden:1", "1", "5" } << 1 << QStringList { "5" };
-    QTest::newRow("a page without a dog ear removes nothing")
-        << QStringList { "2", "" } << 4 << QStringList { "2", "" };
-}
-
-void TestReader::removeDogEarByPageKey()
-{
-    QFETCH(QStringList, dogEars);
-    QFETCH(int, page);
-    QFETCH(QStringList, left);
-
-    ProbeReader* view = dogEaredView(dogEars);
-    QVERIFY(view);
-    view->currentPage = page;
     view->removeDogEar();
-    QCOMPARE(storedDogEars(), left);
+    QCOMPARE(storedDogEars(), leftAfterRemoving);
 }
 
 QTEST_MAIN(TestReader)
