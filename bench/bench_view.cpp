@@ -28,6 +28,7 @@
 
 #include <cstdio>
 #include <malloc.h>
+#include <sys/resource.h>
 #include <cstring>
 
 namespace {
@@ -44,6 +45,13 @@ QString memoryCsv;
 double mebibytes(qint64 kibibytes)
 {
     return kibibytes / 1024.0;
+}
+
+long minorFaults()
+{
+    rusage usage {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt;
 }
 
 // Turn and steps in turns free and take page-sized blocks alternately, which
@@ -180,14 +188,20 @@ void pan(benchmark::State& state)
 
     PairedSamples samples;
     int pair = 0;
+    long faults = 0;
     for (auto _ : state) {
         // Back and forth, so that the pan always changes and never reaches an edge.
         const QPoint drag
             = pair % 2 == 0 ? QPoint(-dragStep, -dragStep) : QPoint(dragStep, dragStep);
         double ours = 0;
         double reference = 0;
-        auto repaint
-            = [&] { ours = PairedSamples::seconds([&] { window.drag(drag); }); };
+        // A repaint's minor page faults tell whether its screen-sized buffers
+        // came from memory mapped afresh, which the kernel zeroes page by page.
+        auto repaint = [&] {
+            const long before = minorFaults();
+            ours = PairedSamples::seconds([&] { window.drag(drag); });
+            faults += minorFaults() - before;
+        };
         auto copyScreen = [&] {
             reference = PairedSamples::seconds([&] {
                 std::memcpy(copy.bits(), shown.constBits(), size_t(BenchCompat::imageBytes(shown)));
@@ -204,6 +218,7 @@ void pan(benchmark::State& state)
         return;
     }
     samples.report(state);
+    state.counters["faults_per_repaint"] = pair ? double(faults) / pair : 0.0;
 }
 
 // Reads every page of a book in one view, in a process of its own, and
