@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BookArgument.h"
 
 #include "Application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef BOOKARGUMENT_H
 #define BOOKARGUMENT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMMANDLINE_H
 #define COMMANDLINE_H
 

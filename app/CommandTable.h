@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMMANDTABLE_H
 #define COMMANDTABLE_H
 

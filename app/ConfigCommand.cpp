@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConfigCommand.h"
 
 #include "Application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef CONFIGCOMMAND_H
 #define CONFIGCOMMAND_H
 

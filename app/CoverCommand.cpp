@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CoverCommand.h"
 
 #include "Application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COVERCOMMAND_H
 #define COVERCOMMAND_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DISPLAY_H
 #define DISPLAY_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Qt 5: a platform plug-in; window-less commands draw offscreen.
 #include "Display.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The device's Qt for embedded Linux: the program is its own display server.
 // Window-less commands serve a screen in memory (the VNC driver, on a display
 // number of their own); read shows on the display that QWS_DISPLAY names.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FileProblem.h"
 #include "HostCompat.h"
 

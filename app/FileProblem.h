@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef FILEPROBLEM_H
 #define FILEPROBLEM_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HelpText.h"
 
 #include "HostCompat.h"

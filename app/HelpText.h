@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef HELPTEXT_H
 #define HELPTEXT_H
 

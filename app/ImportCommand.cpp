@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ImportCommand.h"
 
 #include "Application.h"

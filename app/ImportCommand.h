@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef IMPORTCOMMAND_H
 #define IMPORTCOMMAND_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ImportFileFinder.h"
 #include "HostCompat.h"
 

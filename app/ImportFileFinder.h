@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef IMPORTFILEFINDER_H
 #define IMPORTFILEFINDER_H
 

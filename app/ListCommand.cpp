@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ListCommand.h"
 
 #include "Application.h"

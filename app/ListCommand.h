@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef LISTCOMMAND_H
 #define LISTCOMMAND_H
 

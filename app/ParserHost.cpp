@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ParserHost.h"
 
 #include "HostTrace.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef PARSERHOST_H
 #define PARSERHOST_H
 

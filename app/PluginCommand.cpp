@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PluginCommand.h"
 
 #include "Application.h"

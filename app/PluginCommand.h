@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef PLUGINCOMMAND_H
 #define PLUGINCOMMAND_H
 

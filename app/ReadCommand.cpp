@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReadCommand.h"
 
 #include "Application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef READCOMMAND_H
 #define READCOMMAND_H
 

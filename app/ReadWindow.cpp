@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReadWindow.h"
 
 #include "Application.h"

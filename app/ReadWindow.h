@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef READWINDOW_H
 #define READWINDOW_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReadWindowControls.h"
 
 #include "ImageReaderDelegate.h"

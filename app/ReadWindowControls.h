@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef READWINDOWCONTROLS_H
 #define READWINDOWCONTROLS_H
 

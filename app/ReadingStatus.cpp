@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReadingStatus.h"
 #include "HostCompat.h"
 

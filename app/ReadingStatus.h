@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef READINGSTATUS_H
 #define READINGSTATUS_H
 

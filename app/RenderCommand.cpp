@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RenderCommand.h"
 
 #include "Application.h"

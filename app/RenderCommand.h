@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef RENDERCOMMAND_H
 #define RENDERCOMMAND_H
 

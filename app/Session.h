@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef SESSION_H
 #define SESSION_H
 

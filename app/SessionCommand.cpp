@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SessionCommand.h"
 
 #include "Application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef SESSIONCOMMAND_H
 #define SESSIONCOMMAND_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Session: the commands that act on the open reading view: navigation, touch,
 // zoom, painting, saving and dog ears.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SessionScript.h"
 #include "HostCompat.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef SESSIONSCRIPT_H
 #define SESSIONSCRIPT_H
 

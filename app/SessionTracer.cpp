@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SessionTracer.h"
 
 #include "Application.h"

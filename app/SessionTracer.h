@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef SESSIONTRACER_H
 #define SESSIONTRACER_H
 

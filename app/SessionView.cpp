@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SessionView.h"
 
 #include "ComicsReader.h"

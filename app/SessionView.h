@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef SESSIONVIEW_H
 #define SESSIONVIEW_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef SHOWCOMMAND_H
 #define SHOWCOMMAND_H
 

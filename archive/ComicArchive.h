@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICARCHIVE_H
 #define COMICARCHIVE_H
 

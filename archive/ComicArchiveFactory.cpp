@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComicArchiveFactory.h"
 
 #include "ComicZipArchive.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICARCHIVEFACTORY_H
 #define COMICARCHIVEFACTORY_H
 

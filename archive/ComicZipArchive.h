@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICZIPARCHIVE_H
 #define COMICZIPARCHIVE_H
 

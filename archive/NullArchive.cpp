@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NullArchive.h"
 
 #include "QtCompat.h"

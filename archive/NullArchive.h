@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef NULLARCHIVE_H
 #define NULLARCHIVE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef QBYTEARRAYARCHIVE_H
 #define QBYTEARRAYARCHIVE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef RARARCHIVE_H
 #define RARARCHIVE_H
 

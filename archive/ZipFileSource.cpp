@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ZipFileSource.h"
 
 #include <zip.h>

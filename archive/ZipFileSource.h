@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ZIPFILESOURCE_H
 #define ZIPFILESOURCE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The archives on their own: a very large single image, decoded within the
 // pixel budget, against a full decode of it (time and memory, each in a
 // process of its own); and a page through the RAR extractor against the same

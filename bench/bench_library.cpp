@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parser and the host's import: parsing a comic of many entries against
 // listing it with zipinfo, and importing a folder of books with tamber against
 // the plug-in's parse of the same files alone.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A page on screen as a whole process: "tamber render" against the reference
 // renderer's "mutool draw" of the same page of the same file at the same size.
 // Both write the page as uncompressed pixels (PPM), so that the figure is the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reading view: a page turn against decoding the page alone, a pan against
 // copying one screen of pixels, and the memory of reading a whole book.
 //

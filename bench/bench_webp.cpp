@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A WebP page through the image plug-in against libwebp's own decoder program
 // on the same file: the workload's page size, painted as the comic's pages
 // are and encoded lossy at the workload's quality.

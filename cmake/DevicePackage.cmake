@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The device's package, from a build against the device's Qt: the plug-in and
 # its extractor in the layout of the host application's prefix, where the
 # plug-in runs its extractor as "<application folder>/unrar":

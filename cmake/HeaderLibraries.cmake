@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian's header-only libraries that both Qts use: nlohmann-json for the
 # trace's JSON, CLI11 for tamber's command line. Their headers are the same
 # for every architecture, but a cross build must not search the build

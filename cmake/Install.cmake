@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installation, the manual page and the packages.
 #
 # The layout keeps what the device's host expects: the unrar extractor in the

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Writes the manual page that "tamber --man" prints.
 #   cmake -DTAMBER=PROGRAM -DOUTPUT=FILE -P ManPage.cmake
 set(ENV{QT_QPA_PLATFORM} offscreen)

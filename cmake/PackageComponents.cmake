@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Read by cpack for each generator: the tarball holds the device component, to
 # unpack into the host application's prefix; the Debian package holds the
 # desktop one, under /usr.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Which Qt the build uses, behind one set of target names.
 #
 # The desktop builds against Qt 5.15. The device build (scripts/device-build)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cross-compiles fully static ARMv7 hard-float programs against musl, for the
 # extractor the device runs: Debian has musl for armhf but no C++ runtime for
 # it, so this is for C only. scripts/device-deps unpacks musl and writes the

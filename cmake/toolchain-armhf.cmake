@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cross-compiles for the device: ARMv7 hard-float Linux with Debian's
 # arm-linux-gnueabihf compilers, running what it builds under qemu-arm.
 #

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The in-memory archive over arbitrary bytes: decoded once, then handed out
 // under any name.
 

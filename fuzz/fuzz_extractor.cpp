@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extractor's listing and extraction over arbitrary bytes, in-process:
 // every listed entry is printed in turn, its output capped as the plug-in
 // caps what it reads.

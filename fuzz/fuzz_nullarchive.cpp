@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The single-image archive over arbitrary image bytes. The first byte picks
 // the file's suffix among the formats Qt reads, as the suffix steers the
 // decoder; the rest is the file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Page discovery and ordering over arbitrary entry names. The input is one
 // name per line (bytes as Latin-1, as the ZIP archive reads them). The
 // comparator must be a strict weak ordering, or sorting is undefined; the page

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The session script parser over arbitrary text. Lines keep their numbers in
 // order; a line that parses gives words that, quoted again, parse to the same
 // words; an unterminated quote gives an error and no words.

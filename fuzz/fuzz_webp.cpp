@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The WebP image plug-in over arbitrary bytes, read as the archives read an
 // entry: QImageReader on a buffer with the format named. The plug-in is
 // compiled in and imported statically. The first byte's low bit asks for a

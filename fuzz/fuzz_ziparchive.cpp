@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The ZIP archive over arbitrary bytes written as a .cbz: opened, listed, and
 // every entry read and decoded.
 

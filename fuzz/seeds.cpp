@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes the fuzz targets' seed corpora into OUT/<target>/: small valid inputs
 // of every kind the targets take, each made here.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DogEarManager.h"
 
 #include "HostTrace.h"

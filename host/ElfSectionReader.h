@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_ELFSECTIONREADER_H
 #define TAMBER_ELFSECTIONREADER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GestureDelegate.h"
 
 // By default a delegate handles nothing.

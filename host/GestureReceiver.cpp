@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GestureReceiver.h"
 
 #include "DragGesture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's recognizers: one finger on a touch screen, or the left mouse
 // button on a desktop, makes taps, swipes and drags; two fingers, or the wheel
 // with Ctrl held, make pinches. Positions are screen coordinates and times are

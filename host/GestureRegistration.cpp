@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GestureRegistration.h"
 
 #include "GestureRecognizers.h"

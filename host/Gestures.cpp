@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's gesture objects.
 
 #include "DragGesture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GuidedReadingMixin.h"
 
 // Plain views have no guided reading; views that page by chapter override these.

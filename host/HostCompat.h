@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_HOSTCOMPAT_H
 #define TAMBER_HOSTCOMPAT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_HOSTTRACE_H
 #define TAMBER_HOSTTRACE_H
 

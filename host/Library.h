@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_LIBRARY_H
 #define TAMBER_LIBRARY_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_LIBRARYFILE_H
 #define TAMBER_LIBRARYFILE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LibrarySchema.h"
 #include "QtCompat.h"
 

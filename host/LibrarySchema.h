@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_LIBRARYSCHEMA_H
 #define TAMBER_LIBRARYSCHEMA_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindowController.h"
 
 #include "HostTrace.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PageletManager.h"
 
 #include "HostTrace.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PluginLoader.h"
 
 #include "ElfSectionReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PLUGINLOADER_H
 #define TAMBER_PLUGINLOADER_H
 

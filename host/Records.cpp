@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's record types: shared value classes with a detaching private part.
 
 #include "Attributes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Device and settings objects. Values live in the host's QSettings, so that
 // the host program's "config" command and the parser see the same account.
 

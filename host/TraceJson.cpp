@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "TraceJson.h"
 
 #include "SwipeGesture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_TRACEJSON_H
 #define TAMBER_TRACEJSON_H
 

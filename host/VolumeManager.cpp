@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VolumeManager.h"
 
 #include "HostTrace.h"

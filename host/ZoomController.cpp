@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ZoomController.h"
 
 #include "HostTrace.h"

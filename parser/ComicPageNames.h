@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICPAGENAMES_H
 #define COMICPAGENAMES_H
 

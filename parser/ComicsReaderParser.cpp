@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComicsReaderParser.h"
 
 #include "ComicArchive.h"

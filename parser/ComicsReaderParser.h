@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICSREADERPARSER_H
 #define COMICSREADERPARSER_H
 

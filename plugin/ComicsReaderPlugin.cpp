@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComicsReaderPlugin.h"
 
 #include "ComicsReader.h"

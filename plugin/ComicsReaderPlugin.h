@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICSREADERPLUGIN_H
 #define COMICSREADERPLUGIN_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry points by which the host finds the plug-in.
 
 #include "ComicsReaderPlugin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComicsReader.h"
 
 #include "ComicArchive.h"

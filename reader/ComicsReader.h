@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICSREADER_H
 #define COMICSREADER_H
 

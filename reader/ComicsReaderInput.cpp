@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ComicsReader: touch, gestures and keys.
 
 #include "ComicsReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ComicsReader: painting, zoom, pan and orientation.
 
 #include "ComicsReader.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Hidden stand-ins for what Debian's glibc 2.36 and GCC 12 would import from
  * glibc versions newer than the device's (2.15 to 2.19): linked into every
  * armhf program and library, they keep those imports out. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The comic parser: the records it announces for each kind of path, and covers.
 
 #include "ComicsReaderParser.h"

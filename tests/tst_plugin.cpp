@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The plug-in's root object: what it declares, how it is found and cast.
 
 #include "ComicsReaderPlugin.h"

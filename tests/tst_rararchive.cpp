@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComicZipArchive.h"
 #include "RarArchive.h"
 #include "TestSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reading view where no trace can see it: its meta-object, what the paint
 // handler puts on the screen, pans, touch, and dog ears that only the store
 // can hold. Its signals and host calls on every path (opening, turning,

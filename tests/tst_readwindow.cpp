@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading in a real window: "tamber read" on a shared sample under an X
 // server, driven by key presses and clicks through xdotool as a person would
 // drive it, pictured through the X server, and the library file checked

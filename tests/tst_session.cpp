@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // tamber session and tamber render end to end. Each script in sessions/ runs
 // against a fresh library; its trace must equal the .expected file beside it,
 // with the samples' folder, the temporary folder and the times masked.

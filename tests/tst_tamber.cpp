@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tamber program end to end: the built binary, run as a user runs it.
 
 #include "ComicsReaderPlugin.h"

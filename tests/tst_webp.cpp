@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WebP pages through the image plug-in in bin/imageformats, as the comic
 // plug-in meets them: decoding, scaled decoding, the pixel budget, the file
 // types, a WebP comic through the parser, and broken files. The files are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The work whose instructions scripts/bench-instructions counts under QEMU:
 // page turns in the reading view, or the mandated steps of showing the same
 // pages, after the same setup. A run that only sets up gives what the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library under load. The same operations run against a library of one
 // book and against one of 1,000 books with 200,000 page records; the host's
 // stores should cost the same in both, so every figure but list's should

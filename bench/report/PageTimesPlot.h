@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef PAGETIMESPLOT_H
 #define PAGETIMESPLOT_H
 

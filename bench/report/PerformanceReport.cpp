@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PerformanceReport.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef PERFORMANCEREPORT_H
 #define PERFORMANCEREPORT_H
 

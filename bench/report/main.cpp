@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // bench-report --results=DIR [--device-results=DIR] --workload=DIR --notes=FILE --docs=DIR
 // Prints the table of the runs' figures (the desktop's Qt, and the device's
 // when given) and writes DIR/performance.md (the table, then the notes) and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef BENCHCOMPAT_H
 #define BENCHCOMPAT_H
 

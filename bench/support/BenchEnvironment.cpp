@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BenchEnvironment.h"
 
 #include "Display.h"

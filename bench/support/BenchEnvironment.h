@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef BENCHENVIRONMENT_H
 #define BENCHENVIRONMENT_H
 

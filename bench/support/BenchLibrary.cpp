@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BenchLibrary.h"
 
 #include "Library.h"

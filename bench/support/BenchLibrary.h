@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef BENCHLIBRARY_H
 #define BENCHLIBRARY_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BenchProgram.h"
 
 #include "BenchEnvironment.h"

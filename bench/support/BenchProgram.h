@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef BENCHPROGRAM_H
 #define BENCHPROGRAM_H
 

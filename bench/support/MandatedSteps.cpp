@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MandatedSteps.h"
 
 #include "ComicZipArchive.h"

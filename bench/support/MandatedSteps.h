@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef MANDATEDSTEPS_H
 #define MANDATEDSTEPS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MemoryStatus.h"
 
 #include "QtCompat.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef MEMORYSTATUS_H
 #define MEMORYSTATUS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PairedSamples.h"
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef PAIREDSAMPLES_H
 #define PAIREDSAMPLES_H
 

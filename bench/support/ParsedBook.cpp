@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ParsedBook.h"
 
 #include "ComicsReaderParser.h"

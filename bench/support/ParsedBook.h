@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef PARSEDBOOK_H
 #define PARSEDBOOK_H
 

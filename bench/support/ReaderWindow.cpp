@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReaderWindow.h"
 
 #include "BenchCompat.h"

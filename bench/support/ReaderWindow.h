@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef READERWINDOW_H
 #define READERWINDOW_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Workload.h"
 
 #include "BenchCompat.h"

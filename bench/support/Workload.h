@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef WORKLOAD_H
 #define WORKLOAD_H
 

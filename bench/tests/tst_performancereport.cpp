@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The report's table from two runs' results: each Qt's figures land in its
 // own column, and the goals' verdicts follow the figures.
 

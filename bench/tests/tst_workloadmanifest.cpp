@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The workload's manifest, written and read without Qt's JSON so that both
 // Qts read it: what one build writes the other must read, and a manifest
 // that Qt 5's JSON writer made (older workloads) still reads.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef COMICPAGEPAINTER_H
 #define COMICPAGEPAINTER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WorkloadGenerator.h"
 
 #include "BenchCompat.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef WORKLOADGENERATOR_H
 #define WORKLOADGENERATOR_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ZIPWRITER_H
 #define ZIPWRITER_H
 

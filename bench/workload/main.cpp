@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // bench-workload [--smoke] DIR: makes the benchmarks' files in DIR, unless the
 // manifest there says they are already made for the same plan.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef WEBPHANDLER_H
 #define WEBPHANDLER_H
 

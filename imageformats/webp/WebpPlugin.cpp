@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The plug-in that Qt's image readers find in an imageformats folder: Qt 5
 // reads its keys from webp.json, Qt 4 asks keys() and checks the build key
 // that Q_EXPORT_PLUGIN2 stamps into the library.

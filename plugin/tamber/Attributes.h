@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_ATTRIBUTES_H
 #define TAMBER_ATTRIBUTES_H
 

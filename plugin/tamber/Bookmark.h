@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_BOOKMARK_H
 #define TAMBER_BOOKMARK_H
 

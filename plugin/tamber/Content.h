@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_CONTENT_H
 #define TAMBER_CONTENT_H
 

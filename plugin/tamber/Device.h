@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_DEVICE_H
 #define TAMBER_DEVICE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_DOGEARMANAGER_H
 #define TAMBER_DOGEARMANAGER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_DRAGGESTURE_H
 #define TAMBER_DRAGGESTURE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_GESTUREDELEGATE_H
 #define TAMBER_GESTUREDELEGATE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_GESTURERECEIVER_H
 #define TAMBER_GESTURERECEIVER_H
 

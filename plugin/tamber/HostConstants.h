@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_HOSTCONSTANTS_H
 #define TAMBER_HOSTCONSTANTS_H
 

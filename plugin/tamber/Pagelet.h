@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PAGELET_H
 #define TAMBER_PAGELET_H
 

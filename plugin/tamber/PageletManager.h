@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PAGELETMANAGER_H
 #define TAMBER_PAGELETMANAGER_H
 

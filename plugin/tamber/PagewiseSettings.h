@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PAGEWISESETTINGS_H
 #define TAMBER_PAGEWISESETTINGS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PANNINGVIEWMIXIN_H
 #define TAMBER_PANNINGVIEWMIXIN_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PARSERINTERFACE_H
 #define TAMBER_PARSERINTERFACE_H
 

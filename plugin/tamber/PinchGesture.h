@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PINCHGESTURE_H
 #define TAMBER_PINCHGESTURE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PLUGININTERFACE_H
 #define TAMBER_PLUGININTERFACE_H
 

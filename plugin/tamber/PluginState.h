@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PLUGINSTATE_H
 #define TAMBER_PLUGINSTATE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_PRICE_H
 #define TAMBER_PRICE_H
 

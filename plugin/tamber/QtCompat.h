@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_QTCOMPAT_H
 #define TAMBER_QTCOMPAT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_RECORDOBJECT_H
 #define TAMBER_RECORDOBJECT_H
 

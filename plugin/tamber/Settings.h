@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_SETTINGS_H
 #define TAMBER_SETTINGS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_SHELFCONTENT_H
 #define TAMBER_SHELFCONTENT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_SOCIALEVENTTYPE_H
 #define TAMBER_SOCIALEVENTTYPE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_SWIPEGESTURE_H
 #define TAMBER_SWIPEGESTURE_H
 

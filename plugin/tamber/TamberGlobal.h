@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_TAMBERGLOBAL_H
 #define TAMBER_TAMBERGLOBAL_H
 

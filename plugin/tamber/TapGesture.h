@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_TAPGESTURE_H
 #define TAMBER_TAPGESTURE_H
 

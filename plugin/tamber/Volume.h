@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_VOLUME_H
 #define TAMBER_VOLUME_H
 

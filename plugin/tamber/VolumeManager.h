@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_VOLUMEMANAGER_H
 #define TAMBER_VOLUMEMANAGER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TAMBER_ZOOMCONTROLLER_H
 #define TAMBER_ZOOMCONTROLLER_H
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The device package as a reader gets it.
 #
 #   check.sh BUILD DEVICEHOST SAMPLES

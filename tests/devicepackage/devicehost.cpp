@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The device's reading application in miniature, for the installed package:
 // it loads the comics plug-in from the plugins folder beside itself with Qt's
 // own loader, as the host does, parses one book and decodes its cover through

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a program and reports how it ended, how long it took and its peak
 // resident memory, as wait4 gives it. The memory is the program's own: a
 // process that exec()s keeps its parent's peak as its own, so a large test

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # xvfb.sh SAMPLES_DIR PROGRAM [ARGUMENTS...]
 # Runs a test program on a virtual X server of its own. Exits 77, which ctest
 # counts as skipped, when the server, the X tools or the shared samples are

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "Extractor.h"
 
 #include <archive.h>

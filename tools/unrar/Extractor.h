@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef EXTRACTOR_H
 #define EXTRACTOR_H
 

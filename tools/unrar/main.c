@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The extractor that the comic plug-in runs from the application's folder.
  *
  *   unrar vb ARCHIVE               every file's name, one per line, on standard output
