@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Command.h"
+#include "HostCompat.h"
 
 #include "CommandLine.h"
 
