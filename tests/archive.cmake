@@ -1,8 +1,6 @@
-# Comic archives: one suite per archive and the factory; the RAR suite runs the
-# real extractor program too.
-tamber_add_test(tst_ziparchive tst_ziparchive.cpp LABELS archive)
-tamber_add_test(tst_nullarchive tst_nullarchive.cpp LABELS archive)
-tamber_add_test(tst_archivefactory tst_archivefactory.cpp LABELS archive)
+# Comic archives: the factory, ZIP and single images in one suite; the RAR
+# suite runs the real extractor program too.
+tamber_add_test(tst_archives tst_archives.cpp LABELS archive)
 tamber_add_test(tst_rararchive tst_rararchive.cpp LABELS archive)
 
 # The RAR archive with stand-in extractors: the suite writes them as "unrar"

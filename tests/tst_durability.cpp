@@ -18,6 +18,9 @@
 #include <signal.h>
 #include <sys/resource.h>
 
+using TestSupport::jsonAt;
+using TestSupport::jsonText;
+
 namespace {
 
 const int pageCount = 12;
@@ -114,16 +117,9 @@ void TestDurability::init()
     QVERIFY(m_dir->isValid());
     m_library = path(QStringLiteral("library.sqlite"));
     m_book = path(QStringLiteral("book.cbz"));
-    QList<TestSupport::ZipEntry> pages;
-    for (int i = 0; i < pageCount; ++i) {
-        pages << TestSupport::ZipEntry(QByteArray::number(i + 10) + ".png",
-            TestSupport::encode(TestSupport::makePage(60, 80), "PNG"));
-    }
-    QVERIFY(TestSupport::writeZip(m_book, pages));
-    QProcess import;
-    startTamber(import, { QStringLiteral("import"), m_book });
-    QVERIFY(import.waitForFinished(60000));
-    QCOMPARE(import.exitCode(), 0);
+    QVERIFY(TestSupport::writeComic(m_book, pageCount));
+    QCOMPARE(
+        TestSupport::Tamber(m_dir->path()).run({ QStringLiteral("import"), m_book }).status, 0);
 }
 
 void TestDurability::savesReportedBeforeAKillSurvive()
@@ -135,7 +131,7 @@ void TestDurability::savesReportedBeforeAKillSurvive()
     const auto random = [&generator](int bound) {
         return std::uniform_int_distribution<int>(0, bound - 1)(generator);
     };
-    const QString pageId = m_book + QStringLiteral("/%1.png");
+    const QString pageId = m_book + QStringLiteral("/p%1.png");
     Stored before = readLibrary(m_library, m_book);
     int kills = 0;
 
@@ -153,7 +149,7 @@ void TestDurability::savesReportedBeforeAKillSurvive()
                 break;
             case 1:
                 script += "save\nstate\n";
-                positions << pageId.arg(page + 10);
+                positions << pageId.arg(page + 1, 2, 10, QLatin1Char('0'));
                 break;
             default:
                 script += "dogear add\ndogear list\n";
@@ -175,17 +171,15 @@ void TestDurability::savesReportedBeforeAKillSurvive()
         while (!killed && (session.canReadLine() || session.waitForReadyRead(30000))) {
             while (session.canReadLine()) {
                 const nlohmann::json line = TestSupport::parseJson(session.readLine());
-                const QString result = TestSupport::jsonText(TestSupport::jsonAt(line, "/result"));
+                const QString result = jsonText(jsonAt(line, "/result"));
                 if (result == QLatin1String("state")) {
-                    reportedPosition = TestSupport::jsonText(
-                        TestSupport::jsonAt(line, "/stored/bookmarkedPageId"));
+                    reportedPosition = jsonText(jsonAt(line, "/stored/bookmarkedPageId"));
                     QCOMPARE(reportedPosition, positions.at(savesReported++));
                 } else if (result == QLatin1String("dogear list")) {
                     reportedDogEars.clear();
-                    const nlohmann::json dogEars = TestSupport::jsonAt(line, "/bookmarks");
+                    const nlohmann::json dogEars = jsonAt(line, "/bookmarks");
                     for (const nlohmann::json& dogEar : dogEars)
-                        reportedDogEars
-                            << TestSupport::jsonText(TestSupport::jsonAt(dogEar, "/extraData"));
+                        reportedDogEars << jsonText(jsonAt(dogEar, "/extraData"));
                     QCOMPARE(reportedDogEars.size(), before.dogEars.size() + ++dogEarsReported);
                 }
                 if (++lines == killAt) {

@@ -38,24 +38,18 @@ Volume makeVolume(const QString& id, int pageCount)
     return volume;
 }
 
-Pagelet makePage(const QString& bookId, int index)
-{
-    Pagelet page;
-    page.setId(QStringLiteral("%1/p%2.jpg").arg(bookId).arg(index));
-    page.setContentType(QStringLiteral("9"));
-    page.setVolumeIndex(index);
-    page.setBookId(bookId);
-    page.setTitle(QStringLiteral("Page %1").arg(index + 1));
-    page.setAttribute(ATTRIBUTE_MIME_TYPE, QStringLiteral("application/x-cbz"));
-    page.setUserID(QStringLiteral("cbz_user"));
-    return page;
-}
-
 QVector<Pagelet> makePages(const QString& bookId, int count)
 {
-    QVector<Pagelet> pages;
-    for (int i = 0; i < count; ++i)
-        pages << makePage(bookId, i);
+    QVector<Pagelet> pages(count);
+    for (int i = 0; i < count; ++i) {
+        pages[i].setId(QStringLiteral("%1/p%2.jpg").arg(bookId).arg(i));
+        pages[i].setContentType(QStringLiteral("9"));
+        pages[i].setVolumeIndex(i);
+        pages[i].setBookId(bookId);
+        pages[i].setTitle(QStringLiteral("Page %1").arg(i + 1));
+        pages[i].setAttribute(ATTRIBUTE_MIME_TYPE, QStringLiteral("application/x-cbz"));
+        pages[i].setUserID(QStringLiteral("cbz_user"));
+    }
     return pages;
 }
 
@@ -94,23 +88,6 @@ QStringList extraData(const QList<Bookmark>& bookmarks)
     return result;
 }
 
-// Answers the dog-ear manager's key question as a comic's view does: the
-// page index written in the extra data.
-class ExtraDataKeys : public QObject
-{
-    Q_OBJECT
-
-public:
-    ExtraDataKeys()
-    {
-        connect(DogEarManager::sharedInstance(), SIGNAL(getDogEarKey(int&, const Bookmark&)), this,
-            SLOT(answer(int&, const Bookmark&)));
-    }
-
-private slots:
-    void answer(int& key, const Bookmark& dogEar) { key = dogEar.getExtraData().toInt(); }
-};
-
 } // namespace
 
 class TestLibrary : public QObject
@@ -121,16 +98,9 @@ private slots:
     void init();
     void cleanup();
 
-    void booksAndReadingStateSurviveReopeningAndImport();
-    void absentAttributesStayAbsent();
+    void booksReadingStateAndDogEarsSurviveReopeningAndImport();
     void refusesFilesThatAreNotLibraries_data();
     void refusesFilesThatAreNotLibraries();
-    void dogEarsKeepAllTheirFields();
-    void dogEarTablesAreKeptPerBook();
-    void removeDogEarByKeyAsksTheReceivers_data();
-    void removeDogEarByKeyAsksTheReceivers();
-    void removeDogEarByRecordRemovesThatRecord();
-    void storesFailSilentlyWithoutALibrary();
 
 private:
     QString libraryPath() const { return m_dir->filePath(QStringLiteral("library.sqlite")); }
@@ -150,7 +120,6 @@ void TestLibrary::init()
 void TestLibrary::cleanup()
 {
     Library::close();
-    DogEarManager::sharedInstance()->disconnect();
     DogEarManager::sharedInstance()->createTable(QString(), false);
     m_dir.reset();
 }
@@ -162,14 +131,14 @@ void TestLibrary::reopen()
     QVERIFY2(Library::open(libraryPath()), qPrintable(Library::lastError()));
 }
 
-void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
+void TestLibrary::booksReadingStateAndDogEarsSurviveReopeningAndImport()
 {
     const Volume volume = makeVolume(bookId, 3);
     QVector<Pagelet> reversed = makePages(bookId, 3);
     std::reverse(reversed.begin(), reversed.end());
     QVERIFY(Library::storeBook(volume, reversed));
-    QVERIFY(Library::storeBook(
-        makeVolume(QStringLiteral("/other.cbz"), 2), makePages(QStringLiteral("/other.cbz"), 2)));
+    const QString other = QStringLiteral("/other.cbz");
+    QVERIFY(Library::storeBook(makeVolume(other, 2), makePages(other, 2)));
     reopen();
 
     Volume stored = VolumeManager::getById(bookId, QString());
@@ -179,7 +148,6 @@ void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
     // Pages come in reading order, whatever order they were stored in.
     QCOMPARE(pagesJson(PageletManager::retrieveByBookId(bookId, QString())),
         pagesJson(makePages(bookId, 3)));
-    QCOMPARE(Library::books().size(), 2);
 
     const QString pageId = bookId + QStringLiteral("/p2.jpg");
     Library::ReadingState unread;
@@ -188,8 +156,20 @@ void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
     VolumeManager::updateReadingStatus(bookId, 2, QString());
     // An unknown book gets no record of its own.
     VolumeManager::updateReadingStatus(QStringLiteral("/unknown.cbz"), 1, QString());
+    // Dog ears are kept per book; an image shown without a book has none.
+    DogEarManager* dogEars = DogEarManager::sharedInstance();
+    dogEars->createTable(bookId, true);
+    addDogEar(1);
+    addDogEar(2);
+    dogEars->createTable(other, true);
+    QVERIFY(dogEars->getBookmarks().isEmpty());
+    addDogEar(9);
+    dogEars->createTable(QString(), true);
+    QVERIFY(!dogEars->isTableValid());
+    addDogEar(3);
     reopen();
-    // A re-import replaces the records and keeps the reading state.
+
+    // A re-import replaces the records and keeps the reading state and dog ears.
     Volume renamed = makeVolume(bookId, 2);
     renamed.setAttribute(ATTRIBUTE_TITLE, QStringLiteral("Renamed"));
     QVERIFY(Library::storeBook(renamed, makePages(bookId, 2)));
@@ -201,6 +181,9 @@ void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
     QCOMPARE(stored.readStatus(), 2);
     QVERIFY(stored.isFinished());
     QCOMPARE(Library::books().size(), 2);
+    dogEars->createTable(bookId, false);
+    QCOMPARE(extraData(dogEars->getBookmarks()), QStringList({ "1", "2" }));
+    QCOMPARE(extraData(Library::dogEars(other)), QStringList({ "9" }));
 
     // What a host puts back after a reading that must leave no trace.
     QVERIFY(Library::setReadingState(bookId, unread));
@@ -208,21 +191,6 @@ void TestLibrary::booksAndReadingStateSurviveReopeningAndImport()
     QCOMPARE(stored.bookmarkedPageId(), QString());
     QCOMPARE(stored.percentRead(), 0);
     QCOMPARE(stored.readStatus(), 0);
-    QVERIFY(!Library::readingState(QStringLiteral("/unknown.cbz"), &unread));
-}
-
-void TestLibrary::absentAttributesStayAbsent()
-{
-    Volume bare;
-    bare.setId(bookId);
-    QVERIFY(Library::storeBook(bare, {}));
-    const Volume stored = Library::book(bookId);
-    QVERIFY(!stored.attribute(ATTRIBUTE_DESCRIPTION).isValid());
-    QVERIFY(!stored.attribute(ATTRIBUTE_DATE).isValid());
-    // ... while an empty one stays empty: the parser's description is "".
-    QVERIFY(Library::storeBook(makeVolume(bookId, 0), {}));
-    QCOMPARE(Library::book(bookId).attribute(ATTRIBUTE_DESCRIPTION), QVariant(QString()));
-    QVERIFY(Library::book(QStringLiteral("/unknown.cbz")).getId().isEmpty());
 }
 
 void TestLibrary::refusesFilesThatAreNotLibraries_data()
@@ -301,127 +269,6 @@ void TestLibrary::refusesFilesThatAreNotLibraries()
 
     QFile::setPermissions(
         QFileInfo(path).absolutePath(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-void TestLibrary::dogEarsKeepAllTheirFields()
-{
-    DogEarManager* manager = DogEarManager::sharedInstance();
-    manager->createTable(bookId, true);
-    QVERIFY(manager->isTableValid());
-    const QDateTime date(QDate(2026, 11, 21), QTime(9, 30, 0, 125), Qt::UTC);
-    manager->addDogEar(7, bookId + QStringLiteral("/p7.jpg"), QStringLiteral("/volume"),
-        QStringLiteral("text"), 6, 3, QStringLiteral("7"), 0.5, date);
-    reopen();
-    manager->createTable(bookId, true);
-
-    const QList<Bookmark> bookmarks = manager->getBookmarks();
-    QCOMPARE(bookmarks.size(), 1);
-    const Bookmark& dogEar = bookmarks.first();
-    QVERIFY(dogEar.key() != 0);
-    QCOMPARE(dogEar.getPageKey(), 7);
-    QCOMPARE(dogEar.getContentId(), bookId + QStringLiteral("/p7.jpg"));
-    QCOMPARE(dogEar.getVolumeId(), QStringLiteral("/volume"));
-    QCOMPARE(dogEar.getText(), QStringLiteral("text"));
-    QCOMPARE(dogEar.getChapterIndex(), 6);
-    QCOMPARE(dogEar.getOffset(), 3);
-    QCOMPARE(dogEar.getExtraData(), QStringLiteral("7"));
-    QCOMPARE(dogEar.getProgress(), 0.5);
-    QCOMPARE(dogEar.getDateCreated(), date);
-    QVERIFY(!dogEar.isHidden());
-}
-
-void TestLibrary::dogEarTablesAreKeptPerBook()
-{
-    DogEarManager* manager = DogEarManager::sharedInstance();
-    manager->createTable(bookId, true);
-    addDogEar(1);
-    addDogEar(2);
-    manager->createTable(QStringLiteral("/other.cbz"), true);
-    QVERIFY(manager->getBookmarks().isEmpty());
-    addDogEar(9);
-
-    manager->createTable(bookId, false);
-    QCOMPARE(extraData(manager->getBookmarks()), QStringList({ "1", "2" }));
-    // An image shown without a book has no table.
-    manager->createTable(QString(), true);
-    QVERIFY(!manager->isTableValid());
-    addDogEar(3);
-    QCOMPARE(extraData(Library::dogEars(bookId)), QStringList({ "1", "2" }));
-}
-
-void TestLibrary::removeDogEarByKeyAsksTheReceivers_data()
-{
-    QTest::addColumn<QStringList>("dogEars");
-    QTest::addColumn<bool>("answering");
-    QTest::addColumn<int>("key");
-    QTest::addColumn<QStringList>("left");
-
-    const QStringList three = { "3", "5", "8" };
-    QTest::newRow("the dog ear with that key goes")
-        << three << true << 5 << QStringList({ "3", "8" });
-    QTest::newRow("every dog ear with that key goes")
-        << QStringList({ "3", "5", "5", "8" }) << true << 5 << QStringList({ "3", "8" });
-    QTest::newRow("no dog ear with that key") << three << true << 4 << three;
-    QTest::newRow("without receivers nothing goes") << three << false << 5 << three;
-    QTest::newRow("key 0 without receivers removes nothing")
-        << QStringList({ "0" }) << false << 0 << QStringList({ "0" });
-}
-
-void TestLibrary::removeDogEarByKeyAsksTheReceivers()
-{
-    QFETCH(QStringList, dogEars);
-    QFETCH(bool, answering);
-    QFETCH(int, key);
-    QFETCH(QStringList, left);
-
-    DogEarManager* manager = DogEarManager::sharedInstance();
-    manager->createTable(bookId, true);
-    for (const QString& extra : dogEars)
-        manager->addDogEar(0, QString(), bookId, QString(), 0, 0, extra, 0.0, QDateTime());
-    std::unique_ptr<ExtraDataKeys> keys;
-    if (answering)
-        keys.reset(new ExtraDataKeys);
-
-    manager->removeDogEar(key);
-    QCOMPARE(extraData(manager->getBookmarks()), left);
-}
-
-void TestLibrary::removeDogEarByRecordRemovesThatRecord()
-{
-    DogEarManager* manager = DogEarManager::sharedInstance();
-    manager->createTable(bookId, true);
-    addDogEar(1);
-    addDogEar(2);
-    addDogEar(2);
-
-    Bookmark second = manager->getBookmarks().at(1);
-    manager->removeDogEar(second);
-    const QList<Bookmark> left = manager->getBookmarks();
-    QCOMPARE(extraData(left), QStringList({ "1", "2" }));
-    QVERIFY(left.at(1).key() != second.key());
-    // A bookmark that was never stored names no record.
-    Bookmark unstored;
-    unstored.setExtraData(QStringLiteral("1"));
-    manager->removeDogEar(unstored);
-    QCOMPARE(manager->getBookmarks().size(), 2);
-}
-
-void TestLibrary::storesFailSilentlyWithoutALibrary()
-{
-    QVERIFY(Library::storeBook(makeVolume(bookId, 1), makePages(bookId, 1)));
-    DogEarManager* manager = DogEarManager::sharedInstance();
-    manager->createTable(bookId, true);
-    addDogEar(0);
-    Library::close();
-
-    QVERIFY(VolumeManager::getById(bookId, QString()).getId().isEmpty());
-    QVERIFY(PageletManager::retrieveByBookId(bookId, QString()).isEmpty());
-    QVERIFY(!manager->isTableValid());
-    QVERIFY(manager->getBookmarks().isEmpty());
-    addDogEar(1);
-    const ExtraDataKeys keys;
-    manager->removeDogEar(0);
-    QVERIFY(!Library::storeBook(makeVolume(bookId, 1), {}));
 }
 
 QTEST_GUILESS_MAIN(TestLibrary)

