@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Comic archives: the factory, ZIP and single images in one suite; the RAR
 # suite runs the real extractor program too.
 tamber_add_test(tst_archives tst_archives.cpp LABELS archive)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The host library: the library file and its stores, the trace of host calls,
 # and the desktop program's plug-in loader.
 tamber_add_test(tst_library tst_library.cpp LABELS host)

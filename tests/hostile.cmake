@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Hostile files end to end: tamber runs on each through peakrun, which bounds
 # its time and reports its peak memory. The suite copies tamber into a folder
 # of its own, so that stand-in extractors can sit beside it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The comic archives: which archive a path gets, the ZIP archive's entries and
 // failed reads, and single images within the pixel budget. The RAR archive has
 // suites of its own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library survives its host: tamber session is killed at random moments
 // while it turns pages and saves positions and dog ears, and every save it
 // reported before the kill must still be there; a library that cannot be

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's gesture framework: the recognizers fed with mouse, touch and
 // wheel events written as scripts, the receiver's hand-over of swipes, and the
 // panning mixin's reports. The whole chain behind a real window, from X input

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hostile files end to end. Each case makes its file at test time, runs tamber
 // on it through peakrun, and checks the result such a file must get, the time
 // it took and tamber's peak memory. tamber runs under a guard on its

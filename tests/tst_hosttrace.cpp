@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The JSON that the host program prints for the values of host calls. Every
 // traced call and the records' shapes show in the session traces of
 // sessions/; here, what the sessions' runs cannot show.

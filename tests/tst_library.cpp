@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's library file and the stores behind it.
 
 #include "DogEarManager.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComicPageNames.h"
 #include "TestSupport.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading the plug-in as the device does: the verification text first, read
 // from the file without running it, then the root object and its interface.
 

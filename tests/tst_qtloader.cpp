@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The plug-in as the device's Qt loads it: through Qt's own plug-in loader,
 // which checks the verification text against its build, and then used only
 // through the interfaces the host knows.

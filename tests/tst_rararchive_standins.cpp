@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RarArchive.h"
 #include "TestSupport.h"
 
