@@ -118,8 +118,6 @@ private slots:
     void placement();
     void samePageNeitherDecodesNorFills();
     void panIsClampedKeptAndRepaintedOnlyOnChange();
-    void firstPageDecidesTheRotation_data();
-    void firstPageDecidesTheRotation();
     void undecodablePageClosesTheContainer_data();
     void undecodablePageClosesTheContainer();
 
@@ -295,42 +293,71 @@ void TestReader::touchIsSwallowed()
 
 void TestReader::placement_data()
 {
-    QTest::addColumn<QSize>("pageSize");
-    QTest::addColumn<QList<QPoint>>("onPage");
-    QTest::addColumn<QList<QPoint>>("onWhite");
+    QTest::addColumn<QString>("pages");
+    QTest::addColumn<int>("rotation");
+    QTest::addColumn<QString>("expected");
 
-    QTest::newRow("a narrow page is centred across on white")
-        << QSize(100, 300) << QList<QPoint> { { 50, 0 }, { 149, 299 } }
-        << QList<QPoint> { { 0, 0 }, { 49, 150 }, { 150, 150 }, { 199, 299 } };
-    QTest::newRow("a square page is centred down on white")
-        << QSize(200, 200) << QList<QPoint> { { 0, 50 }, { 199, 249 } }
-        << QList<QPoint> { { 0, 0 }, { 100, 49 }, { 100, 250 }, { 199, 299 } };
-    QTest::newRow("a page exactly as wide as the view has no margin")
-        << QSize(200, 300) << QList<QPoint> { { 0, 0 }, { 199, 299 } } << QList<QPoint> {};
-    QTest::newRow("a page one pixel narrower keeps its left edge")
-        << QSize(199, 300) << QList<QPoint> { { 0, 0 }, { 198, 299 } }
-        << QList<QPoint> { { 199, 0 }, { 199, 299 } };
-    QTest::newRow("a small page is scaled up to fit")
-        << QSize(50, 75) << QList<QPoint> { { 0, 0 }, { 199, 299 } } << QList<QPoint> {};
+    // The last page is shown: red on its left half, blue on its right; the
+    // others are green. Expected: "x,y colour" (r, b or w for white). Turned,
+    // a page's left lies at the top; scaled to the view's height across, it
+    // is wider than the view, which shows its left part.
+    const auto row = [](const char* name, const char* pages, int rotation, const char* expected) {
+        QTest::newRow(name) << QString::fromLatin1(pages) << rotation << QString::fromLatin1(expected);
+    };
+    row("a narrow page is centred across on white", "100x300", 0,
+        "50,0 r; 149,299 b; 0,0 w; 49,150 w; 150,150 w; 199,299 w");
+    row("a square page is centred down on white", "200x200", 0,
+        "0,50 r; 199,249 b; 0,0 w; 100,49 w; 100,250 w; 199,299 w");
+    row("a page exactly as wide as the view has no margin", "200x300", 0,
+        "0,0 r; 199,299 b");
+    row("a page one pixel narrower keeps its left edge", "199x300", 0,
+        "0,0 r; 198,299 b; 199,0 w; 199,299 w");
+    row("a small page is scaled up to fit", "50x75", 0, "0,0 r; 199,299 b");
+    row("a wide first page turns the whole book", "300x200 200x300", 1,
+        "100,10 r; 100,290 b");
+    row("a tall first page keeps the book upright", "200x300 300x200", 0,
+        "10,150 r; 190,150 b; 100,10 w");
+    row("a square first page counts as upright", "200x200 300x200", 0,
+        "10,150 r; 190,150 b; 100,10 w");
 }
 
 void TestReader::placement()
 {
-    QFETCH(QSize, pageSize);
-    QFETCH(QList<QPoint>, onPage);
-    QFETCH(QList<QPoint>, onWhite);
+    QFETCH(QString, pages);
+    QFETCH(int, rotation);
+    QFETCH(QString, expected);
 
-    ProbeReader* view = makeView({ solid(pageSize.width(), pageSize.height(), ink) });
-    const QImage shot = paint(view);
+    QList<QImage> images;
+    for (const QString& size : pages.split(QLatin1Char(' '))) {
+        const int width = size.section(QLatin1Char('x'), 0, 0).toInt();
+        const int height = size.section(QLatin1Char('x'), 1, 1).toInt();
+        images << halves(width, height, Qt::red, Qt::blue);
+    }
+    for (int i = 0; i + 1 < images.size(); ++i)
+        images[i].fill(QColor(Qt::green).rgb());
+    ProbeReader* view = makeView(images);
+    QImage shot = paint(view);
+    QCOMPARE(int(view->orientation()), rotation);
+    if (images.size() > 1) {
+        view->goToNextPage();
+        shot = paint(view);
+        QCOMPARE(int(view->orientation()), rotation);
+    }
+    QCOMPARE(view->renderedPage, images.size() - 1);
 
-    for (const QPoint& point : onPage)
-        QVERIFY2(TestSupport::pixelColor(shot, point) == ink,
-            qPrintable(QStringLiteral("page expected at %1,%2").arg(point.x()).arg(point.y())));
-    for (const QPoint& point : onWhite)
-        QVERIFY2(TestSupport::pixelColor(shot, point) == white,
-            qPrintable(QStringLiteral("white expected at %1,%2").arg(point.x()).arg(point.y())));
-    QCOMPARE(int(view->orientation()), 0);
-    QCOMPARE(view->renderedPage, 0);
+    const auto colour = [](const QString& name) {
+        return name == QLatin1String("r") ? QColor(Qt::red)
+            : name == QLatin1String("b")  ? QColor(Qt::blue)
+                                          : white;
+    };
+    for (const QString& item : expected.split(QStringLiteral("; "))) {
+        const QStringList parts = item.split(QLatin1Char(' '));
+        const QPoint point(parts.at(0).section(QLatin1Char(','), 0, 0).toInt(),
+            parts.at(0).section(QLatin1Char(','), 1, 1).toInt());
+        QVERIFY2(TestSupport::pixelColor(shot, point) == colour(parts.at(1)),
+            qPrintable(item + QStringLiteral(" expected, got ")
+                + TestSupport::pixelColor(shot, point).name()));
+    }
 }
 
 void TestReader::samePageNeitherDecodesNorFills()
@@ -409,53 +436,6 @@ void TestReader::panIsClampedKeptAndRepaintedOnlyOnChange()
     view->processOffset(QPoint(-10, 0));
     QCOMPARE(QPoint(view->panX, view->panY), QPoint(200, 100));
     QCOMPARE(view->paints, paints + 2 * step);
-}
-
-void TestReader::firstPageDecidesTheRotation_data()
-{
-    QTest::addColumn<QSize>("firstPage");
-    QTest::addColumn<QSize>("secondPage");
-    QTest::addColumn<int>("rotation");
-    QTest::addColumn<QPoint>("red");
-    QTest::addColumn<QPoint>("blue");
-    QTest::addColumn<QPoint>("margin"); // (-1, -1): none
-
-    // The second page is red on its left half and blue on its right. Turned,
-    // its left lies at the top; scaled to the view's height across, it is
-    // wider than the view, which shows its left part.
-    QTest::newRow("a wide first page turns the whole book")
-        << QSize(300, 200) << QSize(200, 300) << 1 << QPoint(100, 10) << QPoint(100, 290)
-        << QPoint(-1, -1);
-    QTest::newRow("a tall first page keeps the book upright")
-        << QSize(200, 300) << QSize(300, 200) << 0 << QPoint(10, 150) << QPoint(190, 150)
-        << QPoint(100, 10);
-    QTest::newRow("a square first page counts as upright")
-        << QSize(200, 200) << QSize(300, 200) << 0 << QPoint(10, 150) << QPoint(190, 150)
-        << QPoint(100, 10);
-}
-
-void TestReader::firstPageDecidesTheRotation()
-{
-    QFETCH(QSize, firstPage);
-    QFETCH(QSize, secondPage);
-    QFETCH(int, rotation);
-    QFETCH(QPoint, red);
-    QFETCH(QPoint, blue);
-    QFETCH(QPoint, margin);
-
-    ProbeReader* view = makeView({ solid(firstPage.width(), firstPage.height(), Qt::green),
-        halves(secondPage.width(), secondPage.height(), Qt::red, Qt::blue) });
-    paint(view);
-    QCOMPARE(int(view->orientation()), rotation);
-
-    view->goToNextPage();
-    const QImage shot = paint(view);
-
-    QCOMPARE(int(view->orientation()), rotation);
-    QCOMPARE(TestSupport::pixelColor(shot, red), QColor(Qt::red));
-    QCOMPARE(TestSupport::pixelColor(shot, blue), QColor(Qt::blue));
-    if (margin.x() >= 0)
-        QCOMPARE(TestSupport::pixelColor(shot, margin), white);
 }
 
 void TestReader::undecodablePageClosesTheContainer_data()
