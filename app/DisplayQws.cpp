@@ -7,17 +7,21 @@
 #include "Application.h"
 #include "HostCompat.h"
 
+#include <QCryptographicHash>
 #include <QDesktopWidget>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
-#include <QSharedMemory>
+#include <QRegExp>
 #include <QWSServer>
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
+#include <sys/shm.h>
 #include <unistd.h>
 
 namespace {
@@ -29,19 +33,38 @@ const int displayCount = 500;
 const QSize screenSize(1072, 1448);
 const int screenDepth = 32;
 
-// The screen's shared memory outlives a run that was killed, and the next
-// server of that display would take it over with a warning. Each run removes
-// those that no process has attached: detaching the last one removes it.
-void removeStaleScreens()
+// Where Qt keeps the key of a shared memory or a semaphore named key: a file
+// whose name it derives from the key, and whose inode the key is made from.
+QByteArray qtKeyFile(const QString& key, const char* prefix)
+{
+    QString letters = key;
+    letters.remove(QRegExp(QStringLiteral("[^A-Za-z]")));
+    return QFile::encodeName(QDir::tempPath() + QLatin1Char('/') + QLatin1String(prefix) + letters
+        + QLatin1String(QCryptographicHash::hash(key.toUtf8(), QCryptographicHash::Sha1).toHex()));
+}
+
+// A run that was killed leaves its screen's shared memory and the semaphore
+// that guards it, which Qt finds again by the same key: the next server of
+// that display would take the memory over with a warning, or wait for ever
+// on a semaphore that the run was killed holding. The display is ours (its
+// lock says so), so whatever it left is removed, with the key files.
+void removeStaleScreen(int number)
 {
     const int bytes = screenSize.width() * screenSize.height() * screenDepth / 8;
-    for (int number = firstDisplay; number < firstDisplay + displayCount; ++number) {
-        QSharedMemory screen(QStringLiteral("/tmp/qtembedded-%1/QtEmbedded-%1_vnc_%1_%2")
-                                 .arg(number)
-                                 .arg(bytes));
-        if (screen.attach(QSharedMemory::ReadOnly))
-            screen.detach();
-    }
+    const QString key
+        = QStringLiteral("/tmp/qtembedded-%1/QtEmbedded-%1_vnc_%1_%2").arg(number).arg(bytes);
+    const QByteArray memoryFile = qtKeyFile(key, "qipc_sharedmemory_");
+    const QByteArray semaphoreFile = qtKeyFile(key, "qipc_systemsem_");
+    const key_t memory = ftok(memoryFile.constData(), 'Q');
+    const int segment = memory == -1 ? -1 : shmget(memory, 0, 0);
+    if (segment != -1)
+        shmctl(segment, IPC_RMID, nullptr);
+    const key_t guard = ftok(semaphoreFile.constData(), 'Q');
+    const int semaphore = guard == -1 ? -1 : semget(guard, 1, 0);
+    if (semaphore != -1)
+        semctl(semaphore, 0, IPC_RMID);
+    ::unlink(memoryFile.constData());
+    ::unlink(semaphoreFile.constData());
 }
 
 // Qt's own folder: where libQtCore was loaded from. The SDK keeps its fonts
@@ -116,7 +139,7 @@ bool prepare(const QString& command, bool needsWindow)
                               .arg(firstDisplay + displayCount - 1));
         return false;
     }
-    removeStaleScreens();
+    removeStaleScreen(number);
     qputenv("QWS_DISPLAY",
         QStringLiteral("VNC:size=%1x%2:depth=%3:%4")
             .arg(screenSize.width())
