@@ -281,10 +281,10 @@ QJsonObject PerformanceReport::benchmark(const Run& run, const QString& prefix)
 QList<PerformanceReport::Row> PerformanceReport::rows() const
 {
     QList<Row> rows;
-    for (const RowSpec& spec : rowSpecs()) {
-        Row row { spec.workload, spec.goal, {} };
+    for (const RowSpec& planned : rowSpecs()) {
+        Row row { planned.workload, planned.goal, {} };
         for (const Run& run : runs)
-            row.cells << spec.fill(benchmark(run, spec.benchmark));
+            row.cells << planned.fill(benchmark(run, planned.benchmark));
         rows << row;
     }
     return rows;
