@@ -7,7 +7,7 @@
 #include <QStringList>
 #include <QWidget>
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 #include <QStandardPaths>
 #else
 #include <QPainter>
@@ -29,7 +29,7 @@ bool removeTree(const QString& path)
     return QDir().rmdir(path) && ok;
 }
 
-#if QT_VERSION < 0x050000
+#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 namespace {
 
 // The screen of the program's own display server: one image of the widget's
@@ -60,7 +60,7 @@ TemporaryDir::~TemporaryDir()
 
 QString findExecutable(const QString& name)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return QStandardPaths::findExecutable(name);
 #else
     const QStringList folders = QString::fromLocal8Bit(qgetenv("PATH")).split(QLatin1Char(':'));
@@ -75,7 +75,7 @@ QString findExecutable(const QString& name)
 
 void paint(QWidget* widget)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     widget->repaint();
 #else
     QImage& image = screen(widget->size());
@@ -85,7 +85,7 @@ void paint(QWidget* widget)
 
 bool repaintsItself()
 {
-    return QT_VERSION >= 0x050000;
+    return QT_VERSION >= QT_VERSION_CHECK(5, 0, 0);
 }
 
 } // namespace BenchCompat

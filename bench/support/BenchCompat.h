@@ -12,7 +12,7 @@
 #include <QString>
 #include <QtGlobal>
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 #include <QTemporaryDir>
 #endif
 
@@ -20,7 +20,7 @@ class QWidget;
 
 namespace BenchCompat {
 
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
 using TemporaryDir = QTemporaryDir;
 #else
 // What the benchmarks use of Qt 5's QTemporaryDir: a new empty folder,
@@ -47,7 +47,7 @@ bool removeTree(const QString& path);
 
 inline qint64 imageBytes(const QImage& image)
 {
-#if QT_VERSION >= 0x050000
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     return image.sizeInBytes();
 #else
     return image.byteCount();
