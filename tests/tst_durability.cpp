@@ -150,9 +150,9 @@ void TestDurability::savesReportedBeforeAKillSurvive()
         QStringList reportedDogEars = before.dogEars;
         int savesReported = 0;
         int dogEarsReported = 0;
-        bool killed = false;
-        while (!killed && (session.canReadLine() || session.waitForReadyRead(30000))) {
-            while (session.canReadLine()) {
+        while (lines < killAt && (session.canReadLine() || session.waitForReadyRead(30000))) {
+            while (lines < killAt && session.canReadLine()) {
+                ++lines;
                 const nlohmann::json line = TestSupport::parseJson(session.readLine());
                 const QString result = jsonText(jsonAt(line, "/result"));
                 if (result == QLatin1String("state")) {
@@ -165,15 +165,13 @@ void TestDurability::savesReportedBeforeAKillSurvive()
                         reportedDogEars << jsonText(jsonAt(dogEar, "/extraData"));
                     QCOMPARE(reportedDogEars.size(), before.dogEars.size() + ++dogEarsReported);
                 }
-                if (++lines == killAt) {
-                    session.kill();
-                    killed = true;
-                    break;
-                }
             }
         }
+        if (lines == killAt) {
+            session.kill();
+            ++kills;
+        }
         session.waitForFinished(30000);
-        kills += killed;
 
         const Stored after = readLibrary(m_library, m_book);
         const QString context = QStringLiteral("seed %1, round %2, killed after line %3")
