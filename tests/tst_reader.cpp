@@ -18,6 +18,8 @@
 #include <QTouchEvent>
 #include <QtTest>
 
+#include <map>
+
 namespace {
 
 const QColor ink = Qt::blue;
@@ -116,8 +118,7 @@ private slots:
     void placement();
     void samePageNeitherDecodesNorFills();
     void panIsClampedKeptAndRepaintedOnlyOnChange();
-    void undecodablePageClosesTheContainer_data();
-    void undecodablePageClosesTheContainer();
+    void unopenableFileClosesTheContainer();
 
     void dogEarOfThePage_data();
     void dogEarOfThePage();
@@ -317,16 +318,13 @@ void TestReader::placement()
     }
     QCOMPARE(view->renderedPage, images.size() - 1);
 
-    const auto colour = [](const QString& name) {
-        return name == QLatin1String("r") ? QColor(Qt::red)
-            : name == QLatin1String("b")  ? QColor(Qt::blue)
-                                          : white;
-    };
+    static const std::map<QString, QColor> colours { { "r", Qt::red }, { "b", Qt::blue },
+        { "w", white } };
     for (const QString& item : expected.split(QStringLiteral("; "))) {
-        const QStringList parts = item.split(QLatin1Char(' '));
-        const QPoint point(parts.at(0).section(QLatin1Char(','), 0, 0).toInt(),
-            parts.at(0).section(QLatin1Char(','), 1, 1).toInt());
-        QVERIFY2(TestSupport::pixelColor(shot, point) == colour(parts.at(1)),
+        const QStringList parts
+            = QString(item).replace(QLatin1Char(','), QLatin1Char(' ')).split(QLatin1Char(' '));
+        const QPoint point(parts.at(0).toInt(), parts.at(1).toInt());
+        QVERIFY2(TestSupport::pixelColor(shot, point) == colours.at(parts.at(2)),
             qPrintable(item + QStringLiteral(" expected, got ")
                 + TestSupport::pixelColor(shot, point).name()));
     }
@@ -409,20 +407,11 @@ void TestReader::panIsClampedKeptAndRepaintedOnlyOnChange()
     QCOMPARE(view->paints, paints + 2 * step);
 }
 
-void TestReader::undecodablePageClosesTheContainer_data()
+// It fails as a page that cannot be decoded does, whose trace the images
+// session shows: the screen is left as it was, and the container goes.
+void TestReader::unopenableFileClosesTheContainer()
 {
-    QTest::addColumn<QString>("bookId");
-
-    QTest::newRow("an entry that is no image") << "/books/broken.cbz";
-    QTest::newRow("a file that no archive opens") << "/books/notes.unknown";
-}
-
-void TestReader::undecodablePageClosesTheContainer()
-{
-    QFETCH(QString, bookId);
-    ProbeReader* view = makeView({ solid(200, 300, ink), QImage() }, bookId);
-    view->setPage(1);
-
+    ProbeReader* view = makeView({ solid(200, 300, ink) }, QStringLiteral("/books/notes.unknown"));
     QTest::ignoreMessage(QtDebugMsg,
         qPrintable(TestSupport::debugLine(QStringLiteral("Couldn't figure out this file type!"))));
     const QImage shot = paint(view, Qt::red);
