@@ -253,8 +253,7 @@ void TestHostile::hostileFile()
 
     const QString dir = m_dir.path();
     QVERIFY(writeFile(path("script"), script.replace("$DIR", QFile::encodeName(dir))));
-    for (QString& argument : arguments)
-        argument.replace(QLatin1String("$DIR"), dir);
+    arguments.replaceInStrings(QStringLiteral("$DIR"), dir);
     QString program = TestSupport::binDir() + QStringLiteral("/tamber");
     if (!extractor.isEmpty()) {
         program = path("app/tamber");
