@@ -1,8 +1,7 @@
 # SPDX-License-Identifier: MIT
-# The host library: the library file and its stores, the trace of host calls,
+# The host library: the library file and its stores with the trace's JSON values,
 # and the desktop program's plug-in loader.
 tamber_add_test(tst_library tst_library.cpp LABELS host)
-tamber_add_test(tst_hosttrace tst_hosttrace.cpp LABELS host)
 tamber_add_test(tst_pluginloader tst_pluginloader.cpp LABELS host)
 add_dependencies(tst_pluginloader comicsreader)
 

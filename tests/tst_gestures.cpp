@@ -123,25 +123,19 @@ QString recognize(QGestureRecognizer* recognizer, const QString& script)
     QStringList results;
     for (const QString& step : script.split(QLatin1Char(';'))) {
         const std::unique_ptr<QInputEvent> event = inputEvent(step.trimmed());
-        switch (recognizer->recognize(gesture.get(), &target, event.get())
-            & QGestureRecognizer::ResultState_Mask) {
-        case QGestureRecognizer::MayBeGesture:
-            results << QStringLiteral("maybe");
-            break;
-        case QGestureRecognizer::TriggerGesture:
-            results << QStringLiteral("trigger") + payload(gesture.get());
-            break;
-        case QGestureRecognizer::FinishGesture:
-            results << QStringLiteral("finish") + payload(gesture.get());
+        static const std::map<int, QString> names { { QGestureRecognizer::MayBeGesture, "maybe" },
+            { QGestureRecognizer::TriggerGesture, "trigger" },
+            { QGestureRecognizer::FinishGesture, "finish" },
+            { QGestureRecognizer::CancelGesture, "cancel" } };
+        const int result = recognizer->recognize(gesture.get(), &target, event.get())
+            & QGestureRecognizer::ResultState_Mask;
+        results << (names.count(result) ? names.at(result) : QStringLiteral("ignore"));
+        if (result == QGestureRecognizer::TriggerGesture
+            || result == QGestureRecognizer::FinishGesture)
+            results.last() += payload(gesture.get());
+        if (result == QGestureRecognizer::FinishGesture
+            || result == QGestureRecognizer::CancelGesture)
             recognizer->reset(gesture.get());
-            break;
-        case QGestureRecognizer::CancelGesture:
-            results << QStringLiteral("cancel");
-            recognizer->reset(gesture.get());
-            break;
-        default:
-            results << QStringLiteral("ignore");
-        }
     }
     return results.join(QStringLiteral(" "));
 }
@@ -181,10 +175,8 @@ private slots:
     void recognizers_data();
     void recognizers();
     void swipeReachesTheDelegateOnceOver();
-    void dragIsReportedWholeWhenItEnds_data();
-    void dragIsReportedWholeWhenItEnds();
-    void pinchZoomsWithinTheControllersBounds_data();
-    void pinchZoomsWithinTheControllersBounds();
+    void panningViewWeighsWholeDragsAndBoundedPinches_data();
+    void panningViewWeighsWholeDragsAndBoundedPinches();
 };
 
 void TestGestures::recognizers_data()
@@ -272,70 +264,55 @@ void TestGestures::swipeReachesTheDelegateOnceOver()
     QCOMPARE(receiver.handed, QList<int>({ Qt::GestureFinished, Qt::NoGesture }));
 }
 
-void TestGestures::dragIsReportedWholeWhenItEnds_data()
+void TestGestures::panningViewWeighsWholeDragsAndBoundedPinches_data()
 {
     QTest::addColumn<QString>("reports");
-    QTest::addColumn<QString>("offsets");
+    QTest::addColumn<QString>("result");
 
-    QTest::newRow("three reports make one offset of 81")
-        << "started 0,-30; updated 0,-30; finished 0,-21"
-        << "0,-81";
-    QTest::newRow("a canceled drag moves nothing") << "started 90,0; canceled 0,0"
-                                                   << "";
-    QTest::newRow("a drag back to its start moves nothing") << "started 40,0; finished -40,0"
-                                                            << "";
-    QTest::newRow("drags do not add up") << "started 10,0; finished 0,0; started 0,20; finished 0,0"
-                                         << "10,0 0,20";
+    const auto row = [](const char* behaviour, const char* reports, const char* result) {
+        QTest::newRow(behaviour) << QString(reports) << QString(result);
+    };
+    // Reports of drags and pinches to a view at zoom 2 of 1 to 3: the offsets
+    // it is given, then its zoom when that changed.
+    row("three reports make one offset of 81", "started 0,-30; updated 0,-30; finished 0,-21",
+        "0,-81");
+    row("a canceled drag moves nothing", "started 90,0; canceled 0,0", "");
+    row("a drag back to its start moves nothing", "started 40,0; finished -40,0", "");
+    row("drags do not add up", "started 10,0; finished 0,0; started 0,20; finished 0,0",
+        "10,0 0,20");
+    row("a pinch zooms not past the largest", "pinch updated 2", "zoom 3");
+    row("nor below the smallest", "pinch finished 0.25", "zoom 1");
+    row("a canceled pinch zooms nothing", "pinch canceled 1.5", "");
 }
 
-void TestGestures::dragIsReportedWholeWhenItEnds()
+void TestGestures::panningViewWeighsWholeDragsAndBoundedPinches()
 {
     QFETCH(QString, reports);
-    QFETCH(QString, offsets);
+    QFETCH(QString, result);
 
     static const std::map<QString, Qt::GestureState> states { { "started", Qt::GestureStarted },
         { "updated", Qt::GestureUpdated }, { "finished", Qt::GestureFinished },
         { "canceled", Qt::GestureCanceled } };
-    OffsetLog view;
-    DragGesture drag;
-    for (const QString& report : reports.split(QStringLiteral("; "))) {
-        drag.setGestureState(states.at(report.section(QLatin1Char(' '), 0, 0)));
-        drag.setDelta(point(report.section(QLatin1Char(' '), 1, 1)).toPoint());
-        view.processDragGesture(&drag, 1.5);
-    }
-    QCOMPARE(view.offsets.join(QStringLiteral(" ")), offsets);
-}
-
-void TestGestures::pinchZoomsWithinTheControllersBounds_data()
-{
-    QTest::addColumn<double>("from");
-    QTest::addColumn<double>("scale");
-    QTest::addColumn<int>("state");
-    QTest::addColumn<double>("zoom");
-
-    QTest::newRow("not past the largest") << 2.5 << 2.0 << int(Qt::GestureUpdated) << 3.0;
-    QTest::newRow("not below the smallest") << 1.2 << 0.5 << int(Qt::GestureUpdated) << 1.0;
-    QTest::newRow("a canceled pinch zooms nothing")
-        << 2.0 << 1.5 << int(Qt::GestureCanceled) << 2.0;
-}
-
-void TestGestures::pinchZoomsWithinTheControllersBounds()
-{
-    QFETCH(double, from);
-    QFETCH(double, scale);
-    QFETCH(int, state);
-    QFETCH(double, zoom);
-
-    ZoomController controller(nullptr, 1.0, 3.0, 1.0);
-    controller.setZoomFactor(from);
+    ZoomController controller(nullptr, 1.0, 3.0, 2.0);
     OffsetLog view;
     view.setZoomController(&controller);
+    DragGesture drag;
     PinchGesture pinch;
-    pinch.setGestureState(Qt::GestureState(state));
-    pinch.setScaleFactor(scale);
-
-    view.processPinchGesture(&pinch);
-    QCOMPARE(controller.currentZoomFactor(), zoom);
+    for (const QString& report : reports.split(QStringLiteral("; "))) {
+        const QStringList words = report.split(QLatin1Char(' '));
+        if (words.first() == QLatin1String("pinch")) {
+            pinch.setGestureState(states.at(words.at(1)));
+            pinch.setScaleFactor(words.at(2).toDouble());
+            view.processPinchGesture(&pinch);
+        } else {
+            drag.setGestureState(states.at(words.at(0)));
+            drag.setDelta(point(words.at(1)).toPoint());
+            view.processDragGesture(&drag, 1.5);
+        }
+    }
+    if (controller.currentZoomFactor() != 2.0)
+        view.offsets << QStringLiteral("zoom %1").arg(controller.currentZoomFactor());
+    QCOMPARE(view.offsets.join(QStringLiteral(" ")), result);
 }
 
 QTEST_MAIN(TestGestures)

@@ -70,43 +70,16 @@ QByteArray jpegClaiming(const QSize& size)
     return jpeg;
 }
 
-// An 8-bit greyscale PNG of that size, all black: a few kilobytes that
-// decode to width × height bytes.
-QByteArray blackPng(const QSize& size)
+// The start of an 8-bit greyscale PNG of that size: width × height bytes,
+// were it decoded.
+QByteArray greyPngHeader(const QSize& size)
 {
-    const auto bigEndian32 = [](quint32 value) {
-        QByteArray bytes;
-        for (int i = 3; i >= 0; --i)
-            bytes += char((value >> (8 * i)) & 0xff);
-        return bytes;
-    };
-    const auto chunk = [&](const QByteArray& type, const QByteArray& data) {
-        const QByteArray typed = type + data;
-        return bigEndian32(quint32(data.size())) + typed
-            + bigEndian32(quint32(
-                crc32(0, reinterpret_cast<const Bytef*>(typed.constData()), uInt(typed.size()))));
-    };
-    z_stream stream {};
-    deflateInit(&stream, Z_BEST_SPEED);
-    QByteArray row(1 + size.width(), '\0'); // filter type 0, then the pixels
-    QByteArray compressed;
-    char buffer[65536];
-    for (int y = 0; y < size.height(); ++y) {
-        stream.next_in = reinterpret_cast<Bytef*>(row.data());
-        stream.avail_in = uInt(row.size());
-        const int flush = y + 1 == size.height() ? Z_FINISH : Z_NO_FLUSH;
-        do {
-            stream.next_out = reinterpret_cast<Bytef*>(buffer);
-            stream.avail_out = sizeof buffer;
-            deflate(&stream, flush);
-            compressed.append(buffer, int(sizeof buffer - stream.avail_out));
-        } while (stream.avail_out == 0);
-    }
-    deflateEnd(&stream);
-    const QByteArray header = bigEndian32(quint32(size.width()))
-        + bigEndian32(quint32(size.height())) + QByteArray("\x08\x00\x00\x00\x00", 5);
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header) + chunk("IDAT", compressed)
-        + chunk("IEND", QByteArray());
+    QByteArray png = TestSupport::pngHeaderOnly(size);
+    png[24] = 8; // the bit depth, after the signature, the chunk's length and type, and the size
+    const uLong crc = crc32(0, reinterpret_cast<const Bytef*>(png.constData() + 12), 17);
+    for (int i = 0; i < 4; ++i)
+        png[29 + i] = char((crc >> (8 * (3 - i))) & 0xff);
+    return png;
 }
 
 QString debugLine(const QString& text)
@@ -189,7 +162,7 @@ void TestHostile::initTestCase()
     const QByteArray screenGif = TestSupport::gifWithScreen(QSize(16000, 16000));
     QVERIFY(writeFile(path("screen.gif"), screenGif));
     QVERIFY(writeFile(path("screen-gif.cbz"), zipBytes({ { "page.gif", screenGif } }, scratch)));
-    QVERIFY(writeFile(path("black.png"), blackPng(QSize(30000, 30000))));
+    QVERIFY(writeFile(path("grey.png"), greyPngHeader(QSize(30000, 30000))));
 
     QVERIFY(writeFile(path("unreadable.cbr"), QByteArray("Rar!\x1a\x07\x01\x00", 8) + "garbage"));
     QVERIFY(writeFile(path("book.cbr"), "read by the stand-in"));
@@ -210,79 +183,64 @@ void TestHostile::hostileFile_data()
     QTest::addColumn<int>("seconds");
 
     const QByteArray none;
-    const QStringList session { "session", "$DIR/script" };
     const auto coverOf = [](const char* file) {
         return QByteArray("import \"$DIR/") + file + "\"\ncover \"$DIR/" + file + "\"\n";
     };
+    // A session of that script, with the stand-in extractor when one is given.
+    const auto row = [](const char* name, const QByteArray& script, const QStringList& expected,
+                         const QByteArray& extractor = QByteArray(), int seconds = 20) {
+        QTest::newRow(name) << QStringList { "session", "$DIR/script" } << script << extractor
+                            << expected << seconds;
+    };
     const QString noPages = QStringLiteral("{\"debug\":\"no comics found :  \\\"$DIR/%1\\\"\"}");
+    const QStringList unread { unreadLine("page.png"), nullImage };
+    const QStringList tooBig { debugLine("Image load error: \"Image too big to decode\""),
+        nullImage };
 
-    QTest::newRow("an entry claiming 4 GiB is not read")
-        << session << coverOf("claims-4GiB.cbz") << none
-        << QStringList { unreadLine("page.png"), nullImage } << 20;
-    QTest::newRow("an entry claiming 1 GiB is not read either")
-        << session << coverOf("claims-1GiB.cbz") << none
-        << QStringList { unreadLine("page.png"), nullImage } << 20;
+    row("an entry claiming 4 GiB is not read", coverOf("claims-4GiB.cbz"), unread);
+    row("an entry claiming 1 GiB is not read either", coverOf("claims-1GiB.cbz"), unread);
     QTest::newRow("100,000 entries") << QStringList { "import", "$DIR/many.cbz" } << none << none
                                      << QStringList { "many (100000 pages)" } << 120;
     QByteArray turnEveryPage = "import \"$DIR/names.cbz\"\nopen \"$DIR/names.cbz\"\npaint\n";
     for (int i = 1; i < 7; ++i)
         turnEveryPage += "next\npaint\n";
-    QTest::newRow("names with line breaks, quotes, dashes, Latin-1, absolute and parent paths")
-        << session << turnEveryPage + "save\nstate\n"
-        << none
-        << QStringList { "\"pageCount\":7", "\"bookmarkedPageId\":\"$DIR/names.cbz/quote\\\".png\"",
-               "!{\"debug\"", "!{\"error\"" }
-        << 20;
-    QTest::newRow("an encrypted entry") << session << coverOf("encrypted.cbz") << none
-                                        << QStringList { unreadLine("page.png"), nullImage } << 20;
-    QTest::newRow("a truncated central directory")
-        << session << coverOf("truncated.cbz") << none
-        << QStringList { "{\"debug\":\"ZIP OPEN ERROR:  ", noPages.arg("truncated.cbz") } << 20;
-    QTest::newRow("a JPEG claiming 65,500 x 65,500 pixels inside a comic")
-        << session << coverOf("huge-jpeg.cbz") + "open \"$DIR/huge-jpeg.cbz\"\npaint\n"
-        << none << QStringList { nullImage, debugLine("Couldn't figure out this file type!") }
-        << 20;
-    QTest::newRow("a JPEG claiming 65,500 x 65,500 pixels as a single image")
-        << session << coverOf("huge.jpg") << none
-        << QStringList { debugLine("Image load error: \"Image too big to decode\""), nullImage }
-        << 20;
-    QTest::newRow("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, inside a comic")
-        << session << coverOf("screen-gif.cbz") << none << QStringList { nullImage } << 20;
-    QTest::newRow("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, as a single image")
-        << session << coverOf("screen.gif") << none
-        << QStringList { debugLine("Image load error: \"Image too big to decode\""), nullImage }
-        << 20;
+    row("names with line breaks, quotes, dashes, Latin-1, absolute and parent paths",
+        turnEveryPage + "save\nstate\n",
+        { "\"pageCount\":7", "\"bookmarkedPageId\":\"$DIR/names.cbz/quote\\\".png\"", "!{\"debug\"",
+            "!{\"error\"" });
+    row("an encrypted entry", coverOf("encrypted.cbz"), unread);
+    row("a truncated central directory", coverOf("truncated.cbz"),
+        { "{\"debug\":\"ZIP OPEN ERROR:  ", noPages.arg("truncated.cbz") });
+    row("a JPEG claiming 65,500 x 65,500 pixels inside a comic",
+        coverOf("huge-jpeg.cbz") + "open \"$DIR/huge-jpeg.cbz\"\npaint\n",
+        { nullImage, debugLine("Couldn't figure out this file type!") });
+    row("a JPEG claiming 65,500 x 65,500 pixels as a single image", coverOf("huge.jpg"), tooBig);
+    row("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, inside a comic",
+        coverOf("screen-gif.cbz"), { nullImage });
+    row("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, as a single image",
+        coverOf("screen.gif"), tooBig);
     // Qt 5's PNG reader takes a scaled size, but decodes in full before it
     // shrinks; Qt 4.8's takes none, and the page is refused unread.
     QBuffer png;
     png.setData(TestSupport::encode(TestSupport::makePage(8, 8), "PNG"));
     const bool pngScales = QImageReader(&png, "png").supportsOption(QImageIOHandler::ScaledSize);
-    QTest::newRow("a PNG over the budget, which the PNG reader cannot shrink in time")
-        << session << coverOf("black.png") << none
-        << (pngScales ? QStringList { "{\"debug\":\"Image too big, scaling to QSize(",
-                            debugLine("Image load error: \"Image too big to decode\""), nullImage }
-                      : QStringList {
-                            debugLine("Image too big and scaling not supported, bailing!"),
-                            nullImage })
-        << 20;
-    QTest::newRow("a RAR the extractor cannot read")
-        << session << coverOf("unreadable.cbr") << none
-        << QStringList { noPages.arg("unreadable.cbr") } << 20;
+    row("a PNG over the budget, which the PNG reader cannot shrink in time", coverOf("grey.png"),
+        pngScales ? QStringList { "{\"debug\":\"Image too big, scaling to QSize(" } + tooBig
+                  : QStringList {
+                      debugLine("Image too big and scaling not supported, bailing!"), nullImage });
+    row("a RAR the extractor cannot read", coverOf("unreadable.cbr"),
+        { noPages.arg("unreadable.cbr") });
 
+    const QByteArray rar = coverOf("book.cbr");
     const QByteArray listsOnePage = "case \"$1\" in vb) echo page.png; exit;; esac\n";
-    QTest::newRow("an extractor printing names endlessly")
-        << session << coverOf("book.cbr") << QByteArray("exec yes page.png")
-        << QStringList { noPages.arg("book.cbr") } << 60;
-    QTest::newRow("an extractor printing an entry endlessly")
-        << session << coverOf("book.cbr") << listsOnePage + "exec cat /dev/zero"
-        << QStringList { nullImage } << 60;
-    QTest::newRow("an extractor dying part way through an entry")
-        << session << coverOf("book.cbr")
-        << listsOnePage + "head -c 200 \"$(dirname \"$0\")/page.png\"; kill -SEGV $$"
-        << QStringList { nullImage } << 20;
-    QTest::newRow("an extractor hanging on an entry is abandoned after 30 s")
-        << session << coverOf("book.cbr") << listsOnePage + "exec sleep 600"
-        << QStringList { nullImage } << 50;
+    row("an extractor printing names endlessly", rar, { noPages.arg("book.cbr") },
+        "exec yes page.png", 60);
+    row("an extractor printing an entry endlessly", rar, { nullImage },
+        listsOnePage + "exec cat /dev/zero", 60);
+    row("an extractor dying part way through an entry", rar, { nullImage },
+        listsOnePage + "head -c 200 \"$(dirname \"$0\")/page.png\"; kill -SEGV $$");
+    row("an extractor hanging on an entry is abandoned after 30 s", rar, { nullImage },
+        listsOnePage + "exec sleep 600", 50);
 }
 
 void TestHostile::hostileFile()
@@ -295,8 +253,7 @@ void TestHostile::hostileFile()
 
     const QString dir = m_dir.path();
     QVERIFY(writeFile(path("script"), script.replace("$DIR", QFile::encodeName(dir))));
-    for (QString& argument : arguments)
-        argument.replace(QLatin1String("$DIR"), dir);
+    arguments.replaceInStrings(QStringLiteral("$DIR"), dir);
     QString program = TestSupport::binDir() + QStringLiteral("/tamber");
     if (!extractor.isEmpty()) {
         program = path("app/tamber");

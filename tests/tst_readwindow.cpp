@@ -21,11 +21,11 @@ using TestSupport::Tamber;
 
 namespace {
 
-// Runs a tool to its end; its standard output, or a null array when it failed.
-QByteArray runTool(const QString& tool, const QStringList& arguments)
+// Runs xdotool to its end; its standard output, or a null array when it failed.
+QByteArray xdotool(const QStringList& arguments)
 {
     QProcess process;
-    process.start(tool, arguments);
+    process.start(QStringLiteral("xdotool"), arguments);
     if (!process.waitForFinished(15000)) {
         process.kill();
         process.waitForFinished();
@@ -33,7 +33,7 @@ QByteArray runTool(const QString& tool, const QStringList& arguments)
     }
     const QByteArray out = process.readAllStandardOutput();
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
-        qWarning("%s %s failed: %s", qPrintable(tool), qPrintable(arguments.join(' ')),
+        qWarning("xdotool %s failed: %s", qPrintable(arguments.join(' ')),
             process.readAllStandardError().constData());
         return QByteArray();
     }
@@ -71,26 +71,25 @@ public:
     {
         return QString::fromUtf8(xdotool({ QStringLiteral("getwindowname"), m_id })).trimmed();
     }
-    // Key names as xdotool takes them (Right, Next, Escape), blank-separated.
-    bool key(const QString& names) const
+    // Keys as xdotool names them ("key Right Next"), or a click or a flick in
+    // the window's coordinates ("click 500,400"; "flick 450,400 150,420" presses
+    // at the first point and releases at once at the second).
+    bool act(const QString& action) const
     {
-        return !xdotool(QStringList { QStringLiteral("key") } + names.split(QLatin1Char(' ')))
-                    .isNull();
-    }
-    // Presses at from and releases at to at once, in the window's coordinates.
-    bool click(const QPoint& from, const QPoint& to = QPoint(-1, -1)) const
-    {
-        const auto moveTo = [this](const QPoint& at) {
-            return QStringList { QStringLiteral("mousemove"), QStringLiteral("--window"), m_id,
-                QString::number(at.x()), QString::number(at.y()) };
-        };
-        if (to.x() < 0)
-            return !xdotool(moveTo(from) << QStringLiteral("click") << QStringLiteral("1"))
-                        .isNull();
-        return !xdotool(moveTo(from)
-            << QStringLiteral("mousedown") << QStringLiteral("1") << moveTo(to)
-            << QStringLiteral("mouseup") << QStringLiteral("1"))
-                    .isNull();
+        QStringList words = action.split(QLatin1Char(' '));
+        if (words.first() == QLatin1String("key"))
+            return !xdotool(words).isNull();
+        const bool flick = words.takeFirst() == QLatin1String("flick");
+        QStringList arguments;
+        for (const QString& at : words) {
+            arguments << QStringLiteral("mousemove") << QStringLiteral("--window") << m_id
+                      << at.split(QLatin1Char(','))
+                      << (!flick                       ? QStringLiteral("click")
+                                 : at == words.first() ? QStringLiteral("mousedown")
+                                                       : QStringLiteral("mouseup"))
+                      << QStringLiteral("1");
+        }
+        return !xdotool(arguments).isNull();
     }
     QImage screenshot() const
     {
@@ -107,11 +106,6 @@ public:
     bool isShown() const { return !m_id.isEmpty(); }
 
 private:
-    QByteArray xdotool(const QStringList& arguments) const
-    {
-        return runTool(QStringLiteral("xdotool"), arguments);
-    }
-
     QProcess m_program;
     QString m_id;
 };
@@ -138,17 +132,13 @@ class TestReadWindow : public QObject
 private slots:
     void initTestCase();
 
-    void keysClicksAndFlicksTurnPagesAndEscapeSaves();
-    void reopensWhereReadingStoppedAndClosesAtTheEnd();
-    void middleTapMenuDogEarsThePage();
+    void readingTurnsSavesDogEarsAndFinishes();
     void undecodablePageEndsTheProgramWithStatus1_data();
     void undecodablePageEndsTheProgramWithStatus1();
 
 private:
-    // Stores the reading position at a 0-based page, as a reading before would have.
-    void savePosition(int page);
-    // The book as the library file now holds it.
-    Volume stored();
+    // The book as the library file now holds it, and its dog ears.
+    Volume stored(const QString& book, QList<Bookmark>* dogEars = nullptr);
 
     QTemporaryDir dir;
     std::unique_ptr<Tamber> tamber;
@@ -169,103 +159,87 @@ void TestReadWindow::initTestCase()
     QVERIFY(Library::open(tamber->library()));
     for (const Pagelet& page : Library::pages(sample))
         pageIds << page.getId();
+    // A reading before stopped on the first page.
+    QVERIFY(Library::updateBookmark(sample, pageIds.value(0), 0, QDateTime::currentDateTimeUtc()));
     Library::close();
     QCOMPARE(pageIds.size(), 5);
 }
 
-void TestReadWindow::savePosition(int page)
-{
-    QVERIFY(Library::open(tamber->library()));
-    QVERIFY(Library::updateBookmark(
-        sample, pageIds.at(page), 100 * page / 5, QDateTime::currentDateTimeUtc()));
-    Library::close();
-}
-
-Volume TestReadWindow::stored()
+Volume TestReadWindow::stored(const QString& book, QList<Bookmark>* dogEars)
 {
     Library::open(tamber->library());
-    const Volume book = Library::book(sample);
+    const Volume volume = Library::book(book);
+    if (dogEars)
+        *dogEars = Library::dogEars(book);
     Library::close();
-    return book;
+    return volume;
 }
 
-void TestReadWindow::keysClicksAndFlicksTurnPagesAndEscapeSaves()
+void TestReadWindow::readingTurnsSavesDogEarsAndFinishes()
 {
-    savePosition(0);
-    ReadWindow window(*tamber, sample);
-    QVERIFY(window.isShown());
-    QTRY_COMPARE(window.shownPage(), 1);
-    QVERIFY(window.title().startsWith(QStringLiteral("Captain Science #001 - ")));
-    const QImage firstPage = window.screenshot();
-    QVERIFY(!firstPage.isNull());
+    {
+        ReadWindow window(*tamber, sample);
+        QVERIFY(window.isShown());
+        QTRY_COMPARE(window.shownPage(), 1);
+        QVERIFY(window.title().startsWith(QStringLiteral("Captain Science #001 - ")));
+        const QImage firstPage = window.screenshot();
+        QVERIFY(!firstPage.isNull());
 
-    // The screen is 600 wide: its thirds part at 200 and 400.
-    QVERIFY(window.key(QStringLiteral("Right")));
-    QTRY_COMPARE(window.shownPage(), 2);
-    QVERIFY(window.key(QStringLiteral("Next")));
-    QTRY_COMPARE(window.shownPage(), 3);
-    QVERIFY(window.key(QStringLiteral("Left")));
-    QTRY_COMPARE(window.shownPage(), 2);
-    QVERIFY2(window.click({ 500, 400 }), "a click in the right third goes forward");
-    QTRY_COMPARE(window.shownPage(), 3);
-    QVERIFY2(window.click({ 100, 400 }), "a click in the left third goes back");
-    QTRY_COMPARE(window.shownPage(), 2);
-    QVERIFY2(window.click({ 450, 400 }, { 150, 420 }), "a flick to the left goes forward");
-    QTRY_COMPARE(window.shownPage(), 3);
-    QVERIFY2(window.click({ 150, 400 }, { 450, 380 }), "a flick to the right goes back");
-    QTRY_COMPARE(window.shownPage(), 2);
-    QVERIFY(window.key(QStringLiteral("Prior")));
-    QTRY_COMPARE(window.shownPage(), 1);
-    QVERIFY(window.key(QStringLiteral("Right Right Right")));
-    QTRY_COMPARE(window.shownPage(), 4);
+        // Each action and the page it leads to. The screen is 600 wide: its
+        // thirds part at 200 and 400. Clicks in the right third and flicks to
+        // the left go forward, those in the left third and to the right back.
+        const QList<QPair<QString, int>> steps = {
+            { "key Right", 2 },
+            { "key Next", 3 },
+            { "key Left", 2 },
+            { "click 500,400", 3 },
+            { "click 100,400", 2 },
+            { "flick 450,400 150,420", 3 },
+            { "flick 150,400 450,380", 2 },
+            { "key Prior", 1 },
+            { "key Right Right Right", 4 },
+        };
+        for (const auto& step : steps) {
+            QVERIFY2(window.act(step.first), qPrintable(step.first));
+            QTRY_COMPARE(window.shownPage(), step.second);
+        }
 
-    // The window shows the fourth page: not blank, and not the first.
-    const QImage fourthPage = window.screenshot();
-    QCOMPARE(fourthPage.size(), QSize(600, 800));
-    fourthPage.save(QDir::current().filePath(QStringLiteral("readwindow.png")));
-    QVERIFY2(inkedShare(fourthPage) > 0.3, "the window looks blank");
-    QVERIFY2(inkedShare(firstPage, fourthPage) > 0.3, "the window did not change its page");
+        // The window shows the fourth page: not blank, and not the first.
+        const QImage fourthPage = window.screenshot();
+        QCOMPARE(fourthPage.size(), QSize(600, 800));
+        fourthPage.save(QDir::current().filePath(QStringLiteral("readwindow.png")));
+        QVERIFY2(inkedShare(fourthPage) > 0.3, "the window looks blank");
+        QVERIFY2(inkedShare(firstPage, fourthPage) > 0.3, "the window did not change its page");
 
-    QVERIFY(window.key(QStringLiteral("Escape")));
-    QCOMPARE(window.waitForExit(), 0);
-    const Volume book = stored();
+        // Escape closes the window and saves the page.
+        QVERIFY(window.act("key Escape"));
+        QCOMPARE(window.waitForExit(), 0);
+    }
+    Volume book = stored(sample);
     QCOMPARE(book.bookmarkedPageId(), pageIds.at(3));
     QCOMPARE(book.percentRead(), 60);
     QCOMPARE(book.readStatus(), 1);
-}
 
-void TestReadWindow::reopensWhereReadingStoppedAndClosesAtTheEnd()
-{
-    savePosition(3);
-    ReadWindow window(*tamber, sample);
-    QTRY_COMPARE(window.shownPage(), 4);
-    QVERIFY(window.key(QStringLiteral("Right")));
-    QTRY_COMPARE(window.shownPage(), 5);
-
-    // Past the last page the book is finished and the window closes itself.
-    QVERIFY(window.key(QStringLiteral("Right")));
-    QCOMPARE(window.waitForExit(), 0);
-    const Volume book = stored();
+    {
+        // Reopened where reading stopped. A click in the middle third opens
+        // the menu, whose first entry is the dog ear.
+        ReadWindow window(*tamber, sample);
+        QTRY_COMPARE(window.shownPage(), 4);
+        QVERIFY(window.act("key Right"));
+        QTRY_COMPARE(window.shownPage(), 5);
+        QVERIFY(window.act("click 300,400"));
+        QVERIFY(window.act("key Down Return"));
+        // Past the last page the book is finished and the window closes itself.
+        QVERIFY(window.act("click 500,400"));
+        QCOMPARE(window.waitForExit(), 0);
+    }
+    QList<Bookmark> dogEars;
+    book = stored(sample, &dogEars);
     QCOMPARE(book.bookmarkedPageId(), pageIds.at(0));
     QCOMPARE(book.percentRead(), 0);
     QCOMPARE(book.readStatus(), 2);
-}
-
-void TestReadWindow::middleTapMenuDogEarsThePage()
-{
-    savePosition(2);
-    ReadWindow window(*tamber, sample);
-    QTRY_COMPARE(window.shownPage(), 3);
-    // The menu's first entry is the dog ear; Escape then closes the window.
-    QVERIFY(window.click({ 300, 400 }));
-    QVERIFY(window.key(QStringLiteral("Down Return Escape")));
-    QCOMPARE(window.waitForExit(), 0);
-
-    QVERIFY(Library::open(tamber->library()));
-    const QList<Bookmark> dogEars = Library::dogEars(sample);
-    Library::close();
     QCOMPARE(dogEars.size(), 1);
-    QCOMPARE(dogEars.first().getExtraData(), QStringLiteral("2"));
+    QCOMPARE(dogEars.first().getExtraData(), QStringLiteral("4"));
 }
 
 void TestReadWindow::undecodablePageEndsTheProgramWithStatus1_data()
@@ -294,16 +268,13 @@ void TestReadWindow::undecodablePageEndsTheProgramWithStatus1()
         ReadWindow window(*tamber, book);
         if (shown) {
             QTRY_COMPARE(window.shownPage(), shown);
-            QVERIFY(window.key(QStringLiteral("Right")));
+            QVERIFY(window.act("key Right"));
         }
         QCOMPARE(window.waitForExit(), 1);
         QVERIFY(window.standardError().contains("could not be shown"));
     }
-    QVERIFY(Library::open(tamber->library()));
-    const Volume stored = Library::book(book);
-    Library::close();
-    QCOMPARE(stored.bookmarkedPageId(), QString());
-    QCOMPARE(stored.readStatus(), 0);
+    QCOMPARE(stored(book).bookmarkedPageId(), QString());
+    QCOMPARE(stored(book).readStatus(), 0);
 }
 
 // The test's own screenshots need X too.
