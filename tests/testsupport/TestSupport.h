@@ -25,10 +25,10 @@
 #include "Volume.h"
 
 class QWidget;
-#include <QtTest/QTest>
-#include <QPoint>
 #include <QList>
 #include <QMetaType>
+#include <QPoint>
+#include <QtTest/QTest>
 
 #include "QtCompat.h"
 
@@ -66,9 +66,9 @@ class TemporaryDir
 public:
     TemporaryDir();
     ~TemporaryDir();
-    bool isValid() const;
-    QString path() const;
-    QString filePath(const QString& name) const;
+    bool isValid() const { return !m_path.isEmpty(); }
+    QString path() const { return m_path; }
+    QString filePath(const QString& name) const { return m_path + QLatin1Char('/') + name; }
 
     TemporaryDir(const TemporaryDir&) = delete;
     TemporaryDir& operator=(const TemporaryDir&) = delete;
@@ -114,11 +114,6 @@ inline QString debugLine(const QString& text)
 // {"debug":"..."}, takes the debug stream's ending blank under Qt 4.
 QByteArray traceLine(const QByteArray& expected);
 
-// Makes UTF-8 the application's codec for 8-bit strings and for the locale,
-// as a host that reads UTF-8 names sets it. Qt 4 reads 8-bit strings and
-// encodes a program's arguments with them; Qt 5 has no such setting.
-void useUtf8ForEightBitStrings();
-
 // The revision of the meta-objects moc writes: 6 is Qt 4.8's, as on the
 // device, and 8 is Qt 5.15's.
 inline int mocRevision()
@@ -149,9 +144,6 @@ bool writeComic(const QString& path, int count, const QSize& pageSize = QSize(60
 QByteArray readFile(const QString& path);
 // Creates the folder too.
 bool writeFile(const QString& path, const QByteArray& bytes);
-
-// The path of a program on PATH, or empty.
-QString findProgram(const QString& name);
 
 // A page-like picture: a light ground with a dark frame, so that scaling and
 // placement can be checked on pixels.
@@ -215,7 +207,7 @@ public:
     explicit Tamber(const QString& folder);
     Run run(const QStringList& arguments, const QByteArray& input = QByteArray(),
         const QString& workingDirectory = QString()) const;
-    QString library() const;
+    QString library() const { return m_folder + QStringLiteral("/library.sqlite"); }
 
     QProcessEnvironment environment;
 
