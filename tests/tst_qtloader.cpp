@@ -18,8 +18,6 @@
 
 namespace {
 
-const QString pluginFile = TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
-
 // The formats the SDK's Qt reads with the WebP plug-in we ship beside it, in
 // the order Qt gives them.
 const char* const sdkFormats[] = { "bmp", "gif", "ico", "jpeg", "jpg", "pbm", "pgm", "png", "ppm",
@@ -43,7 +41,7 @@ private:
 
 void TestQtLoader::loadsThroughQt()
 {
-    QPluginLoader loader(pluginFile);
+    QPluginLoader loader(TestSupport::pluginFile());
     QVERIFY2(loader.load(), qPrintable(loader.errorString()));
     QObject* root = loader.instance();
     QVERIFY(root);
@@ -65,7 +63,7 @@ void TestQtLoader::loadsThroughQt()
 
 void TestQtLoader::refusesAnotherBuildKey()
 {
-    QByteArray bytes = TestSupport::readFile(pluginFile);
+    QByteArray bytes = TestSupport::readFile(TestSupport::pluginFile());
     const QByteArray key = "buildkey=arm qws/linux ostra-g++";
     const QByteArray other = "buildkey=arm qws/linux other-g++";
     QCOMPARE(bytes.count(key), 1);

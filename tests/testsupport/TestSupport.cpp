@@ -165,6 +165,17 @@ QString binDir()
     return QStringLiteral(TAMBER_BIN_DIR);
 }
 
+QString pluginFile()
+{
+    return binDir() + QStringLiteral("/libcomicsreader.so");
+}
+
+const QByteArray verificationText
+    = "pattern=QT_PLUGIN_VERIFICATION_DATA\n"
+      "version=4.8.0\n"
+      "debug=false\n"
+      "buildkey=arm qws/linux ostra-g++ no-pkg-config QT_NO_QWS_CURSOR QT_NO_QWS_QPF2";
+
 bool writeZip(const QString& path, const QList<ZipEntry>& entries)
 {
     QFile::remove(path);

@@ -132,6 +132,9 @@ QString sampleCbr();
 
 // Folder of the built programs (tamber, unrar, the plug-in).
 QString binDir();
+// The built plug-in, and the verification text the device's loader reads in it.
+QString pluginFile();
+extern const QByteArray verificationText;
 
 // A ZIP written with libzip; entry names are raw bytes so that tests can use
 // any encoding. Returns false if libzip refused.
