@@ -124,7 +124,7 @@ void TestArchives::zipListsAndDecodesEveryEntry()
     QList<TestSupport::ZipEntry> entries;
     for (const QByteArray& name : names)
         entries << TestSupport::ZipEntry(name, name.endsWith(".png") ? png : QByteArray());
-    const QString path = dir.filePath(QStringLiteral("book.cbz"));
+    const QString path = dir.filePath("book.cbz");
     QVERIFY(TestSupport::writeZip(path, entries));
 
     ComicZipArchive archive(path);
@@ -142,7 +142,7 @@ void TestArchives::zipFailedReads_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QStringList>("lines");
 
-    const QString path = dir.filePath(QStringLiteral("fixture.cbz"));
+    const QString path = dir.filePath("fixture.cbz");
     QVERIFY(TestSupport::writeZip(path, { { "page.png", png }, { "empty.png", "" } }));
     const QByteArray good = TestSupport::readFile(path);
     const QString noZip
@@ -179,7 +179,7 @@ void TestArchives::zipFailedReads()
     QFETCH(QString, name);
     QFETCH(QStringList, lines);
 
-    const QString path = dir.filePath(QStringLiteral("case.cbz"));
+    const QString path = dir.filePath("case.cbz");
     QVERIFY(TestSupport::writeFile(path, zip));
 
     MessageLog log;

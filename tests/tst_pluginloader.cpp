@@ -103,7 +103,7 @@ void TestPluginLoader::refusesWhatTheDeviceWouldNotLoad()
     QVERIFY(!loader.plugin());
     QVERIFY(!isMapped(path));
 
-    PluginLoader missing(m_dir.filePath(QStringLiteral("missing.so")));
+    PluginLoader missing(m_dir.filePath("missing.so"));
     QVERIFY(!missing.load());
     QVERIFY(missing.errorString().contains(QLatin1String("no such file")));
 }

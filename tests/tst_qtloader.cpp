@@ -50,11 +50,10 @@ void TestQtLoader::loadsThroughQt()
     QVERIFY(plugin);
 
     QStringList types;
-    QStringList patterns;
-    patterns << QStringLiteral("*.cbz") << QStringLiteral("*.cbr");
+    QStringList patterns { "*.cbz", "*.cbr" };
     for (const char* format : sdkFormats) {
-        types << QStringLiteral("image/") + QLatin1String(format);
-        patterns << QStringLiteral("*.") + QLatin1String(format);
+        types << QString("image/") + format;
+        patterns << QString("*.") + format;
     }
     types << QStringLiteral("application/x-cbz") << QStringLiteral("application/x-cbr");
     QCOMPARE(plugin->mimeTypes(), types);
@@ -67,7 +66,7 @@ void TestQtLoader::refusesAnotherBuildKey()
     const QByteArray key = "buildkey=arm qws/linux ostra-g++";
     const QByteArray other = "buildkey=arm qws/linux other-g++";
     QCOMPARE(bytes.count(key), 1);
-    const QString copy = dir.filePath(QStringLiteral("libother.so"));
+    const QString copy = dir.filePath("libother.so");
     QVERIFY(TestSupport::writeFile(copy, bytes.replace(key, other)));
 
     QPluginLoader loader(copy);
@@ -82,7 +81,7 @@ void TestQtLoader::parsesAndPaintsThroughTheInterface()
 {
     TAMBER_REQUIRE_SAMPLES();
     QVERIFY(plugin);
-    QVERIFY(Library::open(dir.filePath(QStringLiteral("library.sqlite"))));
+    QVERIFY(Library::open(dir.filePath("library.sqlite")));
 
     const std::unique_ptr<ParserInterface> parser(plugin->parser());
     TestSupport::Announcements book(parser.get());

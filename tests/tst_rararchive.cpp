@@ -140,7 +140,7 @@ void TestRarArchive::readsTheContainersACbrMayBe()
     QFETCH(QString, kind);
     QFETCH(QList<ZipEntry>, entries);
     QFETCH(QStringList, listed);
-    const QString path = dir.filePath(QStringLiteral("container.cbr"));
+    const QString path = dir.filePath("container.cbr");
     QFile::remove(path);
     if (kind == QLatin1String("7z")) {
         TestSupport::TemporaryDir files;
@@ -176,9 +176,9 @@ void TestRarArchive::extractorRefuses_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<bool>("usage");
 
-    const QString book = dir.filePath(QStringLiteral("refuse.cbr"));
+    const QString book = dir.filePath("refuse.cbr");
     QVERIFY(TestSupport::writeRar(book, { { "a.png", "x" } }));
-    const QString text = dir.filePath(QStringLiteral("text.cbr"));
+    const QString text = dir.filePath("text.cbr");
     QVERIFY(TestSupport::writeFile(text, "not an archive\n"));
 
     QTest::newRow("no arguments") << QStringList() << true;

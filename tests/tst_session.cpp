@@ -94,20 +94,15 @@ QByteArray TestSession::session(const QStringList& arguments, const QByteArray& 
 
     static const QRegExp time(
         QStringLiteral("\"\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\""));
-    QString result;
-    int last = 0;
-    for (int at = time.indexIn(text); at >= 0; at = time.indexIn(text, last)) {
+    for (int at = time.indexIn(text); at >= 0; at = time.indexIn(text, at)) {
         QDateTime date = QDateTime::fromString(
             text.mid(at + 1, 23), QStringLiteral("yyyy-MM-dd'T'HH:mm:ss.zzz"));
         date.setTimeSpec(Qt::UTC);
         const bool now
             = date.isValid() && date.addSecs(1) >= m_started && date.addSecs(-1) <= finished;
-        result += text.mid(last, at - last);
-        result += now ? QStringLiteral("\"$NOW\"") : QStringLiteral("\"$DATE\"");
-        last = at + time.matchedLength();
+        text.replace(at, time.matchedLength(), now ? "\"$NOW\"" : "\"$DATE\"");
     }
-    result += text.mid(last);
-    return result.toUtf8();
+    return text.toUtf8();
 }
 
 // The script with its folders filled in.

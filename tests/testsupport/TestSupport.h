@@ -9,6 +9,7 @@
 #include <QInputEvent>
 #include <QList>
 #include <QMetaMethod>
+#include <QMetaType>
 #include <QPair>
 #include <QPoint>
 #include <QProcessEnvironment>
@@ -16,21 +17,17 @@
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
+#include <QtTest/QTest>
 
 #include <memory>
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "Pagelet.h"
+#include "QtCompat.h"
 #include "Volume.h"
 
 class QWidget;
-#include <QList>
-#include <QMetaType>
-#include <QPoint>
-#include <QtTest/QTest>
-
-#include "QtCompat.h"
 
 #if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 // Qt 5 knows containers of its own types as test data; Qt 4 is told.
@@ -70,10 +67,8 @@ public:
     QString path() const { return m_path; }
     QString filePath(const QString& name) const { return m_path + QLatin1Char('/') + name; }
 
-    TemporaryDir(const TemporaryDir&) = delete;
-    TemporaryDir& operator=(const TemporaryDir&) = delete;
-
 private:
+    Q_DISABLE_COPY(TemporaryDir)
     QString m_path;
 };
 #endif
@@ -103,11 +98,7 @@ std::unique_ptr<QInputEvent> wheelEvent(
 // so its lines end in one; Qt 5 drops the last.
 inline QString debugLine(const QString& text)
 {
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    return text + QLatin1Char(' ');
-#else
-    return text;
-#endif
+    return QT_VERSION < QT_VERSION_CHECK(5, 0, 0) ? text + QLatin1Char(' ') : text;
 }
 
 // An expected line of a trace, as this Qt writes it: a whole debug line,
@@ -118,11 +109,7 @@ QByteArray traceLine(const QByteArray& expected);
 // device, and 8 is Qt 5.15's.
 inline int mocRevision()
 {
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    return 6;
-#else
-    return 8;
-#endif
+    return QT_VERSION < QT_VERSION_CHECK(5, 0, 0) ? 6 : 8;
 }
 
 // The shared sample comics, or an empty string when ../shared is not there.
@@ -228,10 +215,8 @@ public:
 
     QStringList lines() const;
 
-    MessageLog(const MessageLog&) = delete;
-    MessageLog& operator=(const MessageLog&) = delete;
-
 private:
+    Q_DISABLE_COPY(MessageLog)
 #if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     QtMessageHandler previous;
 #else
