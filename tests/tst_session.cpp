@@ -47,7 +47,7 @@ namespace {
 
 QString sessionsDir()
 {
-    return QStringLiteral(TAMBER_TESTS_SOURCE_DIR "/sessions");
+    return QStringLiteral(TAMBER_TESTS_SOURCE_DIR "/sessions/");
 }
 
 } // namespace
@@ -108,7 +108,7 @@ QByteArray TestSession::session(const QStringList& arguments, const QByteArray& 
 // The script with its folders filled in.
 QByteArray TestSession::script(const QString& name) const
 {
-    QByteArray text = TestSupport::readFile(sessionsDir() + QLatin1Char('/') + name);
+    QByteArray text = TestSupport::readFile(sessionsDir() + name);
     text.replace("$SAMPLES", TestSupport::samplesDir().toUtf8());
     text.replace("$TMP", m_dir->path().toUtf8());
     return text;
@@ -128,8 +128,7 @@ void TestSession::traceMatchesExpected_data()
 void TestSession::traceMatchesExpected()
 {
     QFETCH(QString, name);
-    if (TestSupport::readFile(sessionsDir() + QLatin1Char('/') + name + ".script")
-            .contains("$SAMPLES"))
+    if (TestSupport::readFile(sessionsDir() + name + ".script").contains("$SAMPLES"))
         TAMBER_REQUIRE_SAMPLES();
 
     // From a file here; the other cases give their scripts on standard input.
@@ -138,7 +137,7 @@ void TestSession::traceMatchesExpected()
     int status = -1;
     const QByteArray actual = session({ file }, QByteArray(), &status);
     QVERIFY2(m_err.isEmpty(), m_err.constData());
-    const QString expectedFile = sessionsDir() + QLatin1Char('/') + name + ".expected";
+    const QString expectedFile = sessionsDir() + name + ".expected";
     if (qEnvironmentVariableIsSet("TAMBER_UPDATE_TRACES"))
         QVERIFY(TestSupport::writeFile(expectedFile, actual));
 

@@ -281,34 +281,31 @@ void TestWebp::badInput_data()
     const QByteArray lossyHuge = patched(lossy, vp8 + 14, "\xff\x3f\xff\x3f");
     const QByteArray losslessHuge = patched(
         lossless, vp8l + 9, QByteArray("\xff\xff\xff") + char(lossless.at(vp8l + 12) | 0x0f));
-    const QSize full;
-
-    QTest::newRow("empty") << QByteArray() << full << false << true;
-    QTest::newRow("signature alone") << lossy.left(12) << full << true << true;
-    QTest::newRow("truncated lossy") << lossy.left(lossy.size() / 2) << full << true << true;
-    QTest::newRow("truncated lossless")
-        << lossless.left(lossless.size() / 2) << full << true << true;
-    QTest::newRow("RIFF of another kind")
-        << QByteArray("RIFF\x24\0\0\0WAVEfmt \x10\0\0\0", 20) + QByteArray(20, '\0') << full
-        << false << true;
-    QTest::newRow("chunk longer than the file")
-        << patched(lossy, vp8 + 4, "\xf0\xff\xff\x7f") << full << true << true;
-    QTest::newRow("unknown image chunk") << patched(lossless, vp8l, "VP8Z") << full << true << true;
-    QTest::newRow("corrupted lossy data")
-        << patched(lossy, lossy.size() / 2, garbage.left(16)) << full << true << false;
-    QTest::newRow("corrupted lossless data")
-        << patched(lossless, lossless.size() / 2, garbage.left(16)) << full << true << false;
-    QTest::newRow("zero width") << patched(lossy, vp8 + 14, QByteArray("\0\0\x30\0", 4)) << full
-                                << true << true;
+    // Unless told otherwise: recognised as WebP, read at full size, and failing.
+    const auto row = [](const char* name, const QByteArray& bytes, bool recognised = true,
+                         bool fails = true, const QSize& scaled = QSize()) {
+        QTest::newRow(name) << bytes << scaled << recognised << fails;
+    };
+    row("empty", QByteArray(), false);
+    row("signature alone", lossy.left(12));
+    row("truncated lossy", lossy.left(lossy.size() / 2));
+    row("truncated lossless", lossless.left(lossless.size() / 2));
+    row("RIFF of another kind",
+        QByteArray("RIFF\x24\0\0\0WAVEfmt \x10\0\0\0", 20) + QByteArray(20, '\0'), false);
+    row("chunk longer than the file", patched(lossy, vp8 + 4, "\xf0\xff\xff\x7f"));
+    row("unknown image chunk", patched(lossless, vp8l, "VP8Z"));
+    row("corrupted lossy data", patched(lossy, lossy.size() / 2, garbage.left(16)), true, false);
+    row("corrupted lossless data", patched(lossless, lossless.size() / 2, garbage.left(16)), true,
+        false);
+    row("zero width", patched(lossy, vp8 + 14, QByteArray("\0\0\x30\0", 4)));
     // 16384 × 16384 × 4 bytes is a gigabyte: refused before any allocation.
-    QTest::newRow("lossless header claiming 16384 x 16384") << losslessHuge << full << true << true;
-    QTest::newRow("the same, scaled: lossless keeps the whole image while decoding")
-        << losslessHuge << QSize(1000, 1000) << true << true;
-    QTest::newRow("lossy header claiming 16383 x 16383") << lossyHuge << full << true << true;
-    QTest::newRow("animation with a corrupted first frame")
-        << patched(animation, firstFrame + 40, garbage) << full << true << false;
-    QTest::newRow("animation cut in its second frame")
-        << animation.left(secondFrame + 30) << full << true << true;
+    row("lossless header claiming 16384 x 16384", losslessHuge);
+    row("the same, scaled: lossless keeps the whole image while decoding", losslessHuge, true, true,
+        QSize(1000, 1000));
+    row("lossy header claiming 16383 x 16383", lossyHuge);
+    row("animation with a corrupted first frame", patched(animation, firstFrame + 40, garbage),
+        true, false);
+    row("animation cut in its second frame", animation.left(secondFrame + 30));
 }
 
 void TestWebp::badInput()
