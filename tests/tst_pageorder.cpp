@@ -84,7 +84,7 @@ void TestPageOrder::pageList()
     QList<TestSupport::ZipEntry> contents;
     for (const QString& entry : entries)
         contents << TestSupport::ZipEntry(entry.toUtf8(), QByteArray("bytes"));
-    const QString path = dir.filePath(QStringLiteral("book.") + suffix);
+    const QString path = dir.filePath("book." + suffix);
     QVERIFY(suffix == QLatin1String("cbz") ? TestSupport::writeZip(path, contents)
                                            : TestSupport::writeRar(path, contents));
     QCOMPARE(comicPageNames(path), pages);

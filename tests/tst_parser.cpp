@@ -40,10 +40,10 @@ void TestParser::initTestCase()
     const QByteArray small = TestSupport::encode(TestSupport::makePage(20, 20), "PNG");
     const QList<TestSupport::ZipEntry> pages
         = { { "b/2.png", small }, { "a/10.png", png }, { "notes.txt", "x" } };
-    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("cover.cbz")), pages));
-    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("My Book.v2.cbz")), pages));
-    QVERIFY(TestSupport::writeZip(dir.filePath(QStringLiteral("notes.cbz")), { { "a.txt", "x" } }));
-    QVERIFY(TestSupport::writeRar(dir.filePath(QStringLiteral("Comic.CBR")), { { "1.png", png } }));
+    QVERIFY(TestSupport::writeZip(dir.filePath("cover.cbz"), pages));
+    QVERIFY(TestSupport::writeZip(dir.filePath("My Book.v2.cbz"), pages));
+    QVERIFY(TestSupport::writeZip(dir.filePath("notes.cbz"), { { "a.txt", "x" } }));
+    QVERIFY(TestSupport::writeRar(dir.filePath("Comic.CBR"), { { "1.png", png } }));
 }
 
 void TestParser::recordsByPath_data()
@@ -63,7 +63,7 @@ void TestParser::recordsByPath_data()
                                  << QStringLiteral("application/x-") + mimeType << QString(imageId)
                                  << QString(firstPage);
     };
-    const QString sketch = QStringLiteral("/mnt/onboard/drawings/My sketch.png");
+    const QString sketch = "/mnt/onboard/drawings/My sketch.png";
     const char* sketchId = "_mnt_onboard_drawings_My_sketch_png";
 
     row("drawing without an account", sketch, "", "My sketch", "Ostra Sketch", "cbz", sketchId, "");
@@ -73,11 +73,11 @@ void TestParser::recordsByPath_data()
     row("the drawings folder is case-sensitive", "/mnt/onboard/Drawings/a.png", "Ann", "a",
         "Unknown Author", "cbz", "_mnt_onboard_Drawings_a_png", "");
     // Temporary paths: their image ids are not checked.
-    row("upper-case CBR", dir.filePath(QStringLiteral("Comic.CBR")), "", "Comic", "Unknown Author",
-        "cbr", "", "1.png");
+    row("upper-case CBR", dir.filePath("Comic.CBR"), "", "Comic", "Unknown Author", "cbr", "",
+        "1.png");
     row("file:// comic, its title everything before the last dot",
-        QStringLiteral("file://") + dir.filePath(QStringLiteral("My Book.v2.cbz")), "",
-        "My Book.v2", "Unknown Author", "cbz", "", "a/10.png");
+        QStringLiteral("file://") + dir.filePath("My Book.v2.cbz"), "", "My Book.v2",
+        "Unknown Author", "cbz", "", "a/10.png");
 }
 
 void TestParser::recordsByPath()
@@ -114,9 +114,9 @@ void TestParser::recordsByPath()
 void TestParser::noPages_data()
 {
     QTest::addColumn<QString>("path");
-    QTest::newRow("comic without images") << dir.filePath(QStringLiteral("notes.cbz"));
-    QTest::newRow("missing comic") << dir.filePath(QStringLiteral("missing.cbz"));
-    QTest::newRow("neither comic nor image") << dir.filePath(QStringLiteral("notes.txt"));
+    QTest::newRow("comic without images") << dir.filePath("notes.cbz");
+    QTest::newRow("missing comic") << dir.filePath("missing.cbz");
+    QTest::newRow("neither comic nor image") << dir.filePath("notes.txt");
 }
 
 void TestParser::noPages()
@@ -137,13 +137,11 @@ void TestParser::cover_data()
     QTest::addColumn<QString>("id");
     QTest::addColumn<QSize>("size");
 
-    const QString comic = dir.filePath(QStringLiteral("cover.cbz"));
+    const QString comic = dir.filePath("cover.cbz");
     QTest::newRow("first page by stem") << comic << QSize(30, 40);
     QTest::newRow("file:// id") << QStringLiteral("file://") + comic << QSize(30, 40);
-    QTest::newRow("book without pages: null")
-        << dir.filePath(QStringLiteral("notes.cbz")) << QSize();
-    QTest::newRow("neither comic nor image: null")
-        << dir.filePath(QStringLiteral("a.txt")) << QSize();
+    QTest::newRow("book without pages: null") << dir.filePath("notes.cbz") << QSize();
+    QTest::newRow("neither comic nor image: null") << dir.filePath("a.txt") << QSize();
 }
 
 void TestParser::cover()
@@ -157,7 +155,7 @@ void TestParser::cover()
     Announcements announced(&parser);
     parser.parseCoverImage(volume);
 
-    QCOMPARE(announced.order, QStringLiteral("c"));
+    QCOMPARE(announced.order, QString("c"));
     QCOMPARE(announced.volumes.first().getId(), id);
     QCOMPARE(announced.cover.isNull() ? QSize() : announced.cover.size(), size);
 }
@@ -192,15 +190,15 @@ void TestParser::metaObjectAsTheHostSeesIt()
     // an index past the three is handed back, less three, to a subclass.
     Announcements seen(&parser);
     Volume volume;
-    volume.setId(QStringLiteral("/books/a.cbz"));
+    volume.setId("/books/a.cbz");
     QImage image(3, 2, QImage::Format_RGB32);
     void* arguments[] = { nullptr, &volume, &image };
     QCOMPARE(parser.qt_metacall(QMetaObject::InvokeMetaMethod, first + 2, arguments), -1);
-    QCOMPARE(seen.order, QStringLiteral("c"));
+    QCOMPARE(seen.order, QString("c"));
     QCOMPARE(seen.volumes.value(0).getId(), volume.getId());
     QCOMPARE(seen.cover.size(), QSize(3, 2));
     QCOMPARE(parser.qt_metacall(QMetaObject::InvokeMetaMethod, first + 3, arguments), 0);
-    QCOMPARE(seen.order, QStringLiteral("c"));
+    QCOMPARE(seen.order, QString("c"));
 }
 
 QTEST_MAIN(TestParser)

@@ -29,10 +29,10 @@ void TestPlugin::typesFollowQtsImageFormats()
 {
     // Images first among the MIME types, comics first among the patterns.
     QStringList mimeTypes;
-    QStringList patterns = { QStringLiteral("*.cbz"), QStringLiteral("*.cbr") };
+    QStringList patterns = { "*.cbz", "*.cbr" };
     for (const QByteArray& format : QImageReader::supportedImageFormats()) {
-        mimeTypes << QStringLiteral("image/") + QString::fromLatin1(format);
-        patterns << QStringLiteral("*.") + QString::fromLatin1(format);
+        mimeTypes << "image/" + QString::fromLatin1(format);
+        patterns << "*." + QString::fromLatin1(format);
     }
     mimeTypes << QStringLiteral("application/x-cbz") << QStringLiteral("application/x-cbr");
 

@@ -11,18 +11,10 @@
 #include <QLibrary>
 #include <QtTest>
 
+using TestSupport::pluginFile;
+using TestSupport::verificationText;
+
 namespace {
-
-const QByteArray verificationText
-    = "pattern=QT_PLUGIN_VERIFICATION_DATA\n"
-      "version=4.8.0\n"
-      "debug=false\n"
-      "buildkey=arm qws/linux ostra-g++ no-pkg-config QT_NO_QWS_CURSOR QT_NO_QWS_QPF2";
-
-QString builtPlugin()
-{
-    return TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
-}
 
 // Whether the process has mapped the file, that is, loaded it.
 bool isMapped(const QString& path)
@@ -50,18 +42,18 @@ void TestPluginLoader::acceptsTheBuiltPlugin()
 {
     // The section holds exactly the text and its closing NUL.
     QByteArray section;
-    ElfSectionReader reader(builtPlugin());
+    ElfSectionReader reader(pluginFile());
     QVERIFY2(reader.read(".qtplugin", &section), qPrintable(reader.errorString()));
     QCOMPARE(section, verificationText + '\0');
 
-    PluginLoader loader(builtPlugin());
+    PluginLoader loader(pluginFile());
     QVERIFY2(loader.load(), qPrintable(loader.errorString()));
     QCOMPARE(loader.verificationText(), verificationText);
     QCOMPARE(loader.instance()->metaObject()->className(), "ComicsReaderPlugin");
     QVERIFY(loader.plugin());
 
     // What the file says without running is what the running plug-in says.
-    QLibrary library(builtPlugin());
+    QLibrary library(pluginFile());
     const auto query
         = reinterpret_cast<const char* (*)()>(library.resolve("qt_plugin_query_verification_data"));
     QVERIFY(query);
@@ -73,7 +65,7 @@ void TestPluginLoader::refusesWhatTheDeviceWouldNotLoad_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("reason");
 
-    const QByteArray plugin = TestSupport::readFile(builtPlugin());
+    const QByteArray plugin = TestSupport::readFile(pluginFile());
     // Copies of the built plug-in with one text replaced by another of its size.
     const auto patched = [&plugin](const QByteArray& text, const QByteArray& replacement) {
         return QByteArray(plugin).replace(text, replacement);
@@ -111,7 +103,7 @@ void TestPluginLoader::refusesWhatTheDeviceWouldNotLoad()
     QVERIFY(!loader.plugin());
     QVERIFY(!isMapped(path));
 
-    PluginLoader missing(m_dir.filePath(QStringLiteral("missing.so")));
+    PluginLoader missing(m_dir.filePath("missing.so"));
     QVERIFY(!missing.load());
     QVERIFY(missing.errorString().contains(QLatin1String("no such file")));
 }

@@ -18,8 +18,6 @@
 
 namespace {
 
-const QString pluginFile = TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
-
 // The formats the SDK's Qt reads with the WebP plug-in we ship beside it, in
 // the order Qt gives them.
 const char* const sdkFormats[] = { "bmp", "gif", "ico", "jpeg", "jpg", "pbm", "pgm", "png", "ppm",
@@ -43,7 +41,7 @@ private:
 
 void TestQtLoader::loadsThroughQt()
 {
-    QPluginLoader loader(pluginFile);
+    QPluginLoader loader(TestSupport::pluginFile());
     QVERIFY2(loader.load(), qPrintable(loader.errorString()));
     QObject* root = loader.instance();
     QVERIFY(root);
@@ -52,11 +50,10 @@ void TestQtLoader::loadsThroughQt()
     QVERIFY(plugin);
 
     QStringList types;
-    QStringList patterns;
-    patterns << QStringLiteral("*.cbz") << QStringLiteral("*.cbr");
+    QStringList patterns { "*.cbz", "*.cbr" };
     for (const char* format : sdkFormats) {
-        types << QStringLiteral("image/") + QLatin1String(format);
-        patterns << QStringLiteral("*.") + QLatin1String(format);
+        types << QString("image/") + format;
+        patterns << QString("*.") + format;
     }
     types << QStringLiteral("application/x-cbz") << QStringLiteral("application/x-cbr");
     QCOMPARE(plugin->mimeTypes(), types);
@@ -65,11 +62,11 @@ void TestQtLoader::loadsThroughQt()
 
 void TestQtLoader::refusesAnotherBuildKey()
 {
-    QByteArray bytes = TestSupport::readFile(pluginFile);
+    QByteArray bytes = TestSupport::readFile(TestSupport::pluginFile());
     const QByteArray key = "buildkey=arm qws/linux ostra-g++";
     const QByteArray other = "buildkey=arm qws/linux other-g++";
     QCOMPARE(bytes.count(key), 1);
-    const QString copy = dir.filePath(QStringLiteral("libother.so"));
+    const QString copy = dir.filePath("libother.so");
     QVERIFY(TestSupport::writeFile(copy, bytes.replace(key, other)));
 
     QPluginLoader loader(copy);
@@ -84,7 +81,7 @@ void TestQtLoader::parsesAndPaintsThroughTheInterface()
 {
     TAMBER_REQUIRE_SAMPLES();
     QVERIFY(plugin);
-    QVERIFY(Library::open(dir.filePath(QStringLiteral("library.sqlite"))));
+    QVERIFY(Library::open(dir.filePath("library.sqlite")));
 
     const std::unique_ptr<ParserInterface> parser(plugin->parser());
     TestSupport::Announcements book(parser.get());

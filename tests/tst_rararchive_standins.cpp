@@ -39,7 +39,7 @@ const QString book = QStringLiteral("/books/comic.cbr");
 void TestRarArchiveStandIns::installExtractor(const QByteArray& body)
 {
     // A new file, as one still running cannot be written.
-    const QString script = inAppDir(QStringLiteral("unrar"));
+    const QString script = inAppDir("unrar");
     QFile::remove(script);
     QVERIFY(TestSupport::writeFile(script, "#!/bin/sh\nhere=$(dirname \"$0\")\n" + body + '\n'));
     QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
@@ -49,16 +49,16 @@ void TestRarArchiveStandIns::initTestCase()
 {
     QVERIFY2(QCoreApplication::applicationDirPath() != TestSupport::binDir(),
         "this suite must not replace the real extractor");
-    QVERIFY(TestSupport::writeFile(inAppDir(QStringLiteral("page.png")),
-        TestSupport::encode(TestSupport::makePage(30, 40), "PNG")));
+    QVERIFY(TestSupport::writeFile(
+        inAppDir("page.png"), TestSupport::encode(TestSupport::makePage(30, 40), "PNG")));
 }
 
 void TestRarArchiveStandIns::missingExtractor()
 {
-    QFile::remove(inAppDir(QStringLiteral("unrar")));
+    QFile::remove(inAppDir("unrar"));
     TestSupport::MessageLog log;
     QVERIFY(RarArchive(book).files().isEmpty());
-    QVERIFY(RarArchive(book).data(QStringLiteral("1.png")).isNull());
+    QVERIFY(RarArchive(book).data("1.png").isNull());
     QVERIFY(log.lines().isEmpty());
 }
 
@@ -101,18 +101,18 @@ void TestRarArchiveStandIns::entry()
     QFETCH(QByteArray, script);
     QFETCH(bool, decodes);
     installExtractor(script);
-    QCOMPARE(RarArchive(book).data(QStringLiteral("1.png")).isNull(), !decodes);
+    QCOMPARE(RarArchive(book).data("1.png").isNull(), !decodes);
 }
 
 void TestRarArchiveStandIns::namesAfterDoubleDash()
 {
     installExtractor("for a in \"$@\"; do printf '%s\\n' \"$a\"; done >> \"$here/arguments\"");
-    QFile::remove(inAppDir(QStringLiteral("arguments")));
+    QFile::remove(inAppDir("arguments"));
 
     RarArchive archive(QStringLiteral("-comic.cbr"));
     archive.files();
-    archive.data(QStringLiteral("-01.png"));
-    QCOMPARE(TestSupport::readFile(inAppDir(QStringLiteral("arguments"))),
+    archive.data("-01.png");
+    QCOMPARE(TestSupport::readFile(inAppDir("arguments")),
         QByteArray("vb\n-comic.cbr\np\n-ierr\n--\n-comic.cbr\n-01.png\n"));
 }
 
@@ -124,7 +124,7 @@ void TestRarArchiveStandIns::abandonsHangingExtractor()
 
     QVERIFY(RarArchive(book).files().isEmpty());
 
-    const QByteArray pid = TestSupport::readFile(inAppDir(QStringLiteral("pid"))).trimmed();
+    const QByteArray pid = TestSupport::readFile(inAppDir("pid")).trimmed();
     QVERIFY(!pid.isEmpty());
     QVERIFY2(!QFileInfo(QStringLiteral("/proc/") + pid).exists(), "the extractor was left running");
 }

@@ -47,7 +47,7 @@ namespace {
 
 QString sessionsDir()
 {
-    return QStringLiteral(TAMBER_TESTS_SOURCE_DIR "/sessions");
+    return QStringLiteral(TAMBER_TESTS_SOURCE_DIR "/sessions/");
 }
 
 } // namespace
@@ -62,19 +62,18 @@ void TestSession::init()
     // 1072 x 1448 screen and as tall: zoomed 2 times, a page is as wide as the
     // screen and twice its height. Three has square pages; wide is a picture
     // wider than tall, broken one that is none.
-    QVERIFY(TestSupport::writeComic(path(QStringLiteral("ten.cbz")), 10, QSize(536, 1448)));
-    QVERIFY(TestSupport::writeComic(path(QStringLiteral("one.cbz")), 1, QSize(536, 1448)));
-    QVERIFY(TestSupport::writeComic(path(QStringLiteral("three.cbz")), 3, QSize(500, 500)));
-    QVERIFY(TestSupport::makePage(300, 200).save(path(QStringLiteral("wide.png"))));
-    QVERIFY(TestSupport::writeFile(path(QStringLiteral("broken.png")), "not an image"));
+    QVERIFY(TestSupport::writeComic(path("ten.cbz"), 10, QSize(536, 1448)));
+    QVERIFY(TestSupport::writeComic(path("one.cbz"), 1, QSize(536, 1448)));
+    QVERIFY(TestSupport::writeComic(path("three.cbz"), 3, QSize(500, 500)));
+    QVERIFY(TestSupport::makePage(300, 200).save(path("wide.png")));
+    QVERIFY(TestSupport::writeFile(path("broken.png"), "not an image"));
 }
 
 // Times from the start of the case on (those of the files it made, those
 // taken while tamber ran) become $NOW, other times (the samples' dates) $DATE.
 QByteArray TestSession::session(const QStringList& arguments, const QByteArray& input, int* status)
 {
-    const Tamber::Run run
-        = m_tamber->run(QStringList { QStringLiteral("session") } + arguments, input);
+    const Tamber::Run run = m_tamber->run(QStringList { "session" } + arguments, input);
     const QDateTime finished = QDateTime::currentDateTimeUtc();
     *status = run.status;
     m_err = run.err;
@@ -90,31 +89,26 @@ QByteArray TestSession::session(const QStringList& arguments, const QByteArray& 
             imageId.replace(QLatin1Char(separator), QLatin1Char('_'));
         text.replace(imageId, name);
     };
-    mask(TestSupport::samplesDir(), QStringLiteral("$SAMPLES"));
-    mask(m_dir->path(), QStringLiteral("$TMP"));
+    mask(TestSupport::samplesDir(), "$SAMPLES");
+    mask(m_dir->path(), "$TMP");
 
     static const QRegExp time(
         QStringLiteral("\"\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\""));
-    QString result;
-    int last = 0;
-    for (int at = time.indexIn(text); at >= 0; at = time.indexIn(text, last)) {
+    for (int at = time.indexIn(text); at >= 0; at = time.indexIn(text, at)) {
         QDateTime date = QDateTime::fromString(
             text.mid(at + 1, 23), QStringLiteral("yyyy-MM-dd'T'HH:mm:ss.zzz"));
         date.setTimeSpec(Qt::UTC);
         const bool now
             = date.isValid() && date.addSecs(1) >= m_started && date.addSecs(-1) <= finished;
-        result += text.mid(last, at - last);
-        result += now ? QStringLiteral("\"$NOW\"") : QStringLiteral("\"$DATE\"");
-        last = at + time.matchedLength();
+        text.replace(at, time.matchedLength(), now ? "\"$NOW\"" : "\"$DATE\"");
     }
-    result += text.mid(last);
-    return result.toUtf8();
+    return text.toUtf8();
 }
 
 // The script with its folders filled in.
 QByteArray TestSession::script(const QString& name) const
 {
-    QByteArray text = TestSupport::readFile(sessionsDir() + QLatin1Char('/') + name);
+    QByteArray text = TestSupport::readFile(sessionsDir() + name);
     text.replace("$SAMPLES", TestSupport::samplesDir().toUtf8());
     text.replace("$TMP", m_dir->path().toUtf8());
     return text;
@@ -125,7 +119,7 @@ void TestSession::traceMatchesExpected_data()
     QTest::addColumn<QString>("name");
 
     const QStringList scripts
-        = QDir(sessionsDir()).entryList({ QStringLiteral("*.script") }, QDir::Files, QDir::Name);
+        = QDir(sessionsDir()).entryList({ "*.script" }, QDir::Files, QDir::Name);
     QVERIFY(!scripts.isEmpty());
     for (const QString& file : scripts)
         QTest::newRow(qPrintable(file.left(file.size() - 7))) << file.left(file.size() - 7);
@@ -134,8 +128,7 @@ void TestSession::traceMatchesExpected_data()
 void TestSession::traceMatchesExpected()
 {
     QFETCH(QString, name);
-    if (TestSupport::readFile(sessionsDir() + QLatin1Char('/') + name + ".script")
-            .contains("$SAMPLES"))
+    if (TestSupport::readFile(sessionsDir() + name + ".script").contains("$SAMPLES"))
         TAMBER_REQUIRE_SAMPLES();
 
     // From a file here; the other cases give their scripts on standard input.
@@ -144,7 +137,7 @@ void TestSession::traceMatchesExpected()
     int status = -1;
     const QByteArray actual = session({ file }, QByteArray(), &status);
     QVERIFY2(m_err.isEmpty(), m_err.constData());
-    const QString expectedFile = sessionsDir() + QLatin1Char('/') + name + ".expected";
+    const QString expectedFile = sessionsDir() + name + ".expected";
     if (qEnvironmentVariableIsSet("TAMBER_UPDATE_TRACES"))
         QVERIFY(TestSupport::writeFile(expectedFile, actual));
 
@@ -167,28 +160,25 @@ void TestSession::traceMatchesExpected()
 // tamber render paints what the session shows.
 void TestSession::renderPaintsWhatTheSessionShows()
 {
-    const QByteArray book = path(QStringLiteral("three.cbz")).toUtf8();
-    const auto shot = [this](const char* name) {
-        return "screenshot \"" + path(QLatin1String(name)).toUtf8() + "\"\n";
-    };
+    const QByteArray book = path("three.cbz").toUtf8();
+    const auto shot
+        = [this](const char* name) { return "screenshot \"" + path(name).toUtf8() + "\"\n"; };
     const QByteArray commands = "import \"" + book + "\"\nopen \"" + book + "\"\ngoto 1\npaint\n"
         + shot("first.png") + "paint\n" + shot("again.png") + "zoom 1.5\npaint\n"
         + shot("zoomed.png");
     int status = -1;
-    session({ QStringLiteral("--size"), QStringLiteral("240x320") }, commands, &status);
+    session({ "--size", "240x320" }, commands, &status);
     QCOMPARE(status, 0);
     const auto image = [this](const char* name) {
-        return QImage(path(QLatin1String(name))).convertToFormat(QImage::Format_RGB32);
+        return QImage(path(name)).convertToFormat(QImage::Format_RGB32);
     };
     const QImage first = image("first.png");
     QCOMPARE(first.size(), QSize(240, 320));
     QCOMPARE(first.pixel(120, 2), qRgb(255, 255, 255));
     QCOMPARE(image("again.png"), first);
 
-    const Tamber::Run render = m_tamber->run({ QStringLiteral("render"), QString::fromUtf8(book),
-        QStringLiteral("--page"), QStringLiteral("2"), QStringLiteral("--zoom"),
-        QStringLiteral("1.5"), QStringLiteral("--size"), QStringLiteral("240x320"),
-        QStringLiteral("-o"), path(QStringLiteral("rendered.png")) });
+    const Tamber::Run render = m_tamber->run({ "render", QString::fromUtf8(book), "--page", "2",
+        "--zoom", "1.5", "--size", "240x320", "-o", path("rendered.png") });
     QCOMPARE(render.status, 0);
     QVERIFY2(render.err.isEmpty(), render.err.constData());
     const QImage zoomed = image("zoomed.png");
@@ -199,42 +189,32 @@ void TestSession::renderPaintsWhatTheSessionShows()
 void TestSession::renderFailuresExitWithStatus1_data()
 {
     QTest::addColumn<QString>("book");
-    QTest::addColumn<QString>("page");
+    QTest::addColumn<int>("page");
     QTest::addColumn<QString>("cause");
 
-    QTest::newRow("a book that is not in the library")
-        << QStringLiteral("nowhere.cbz") << QStringLiteral("1") << QStringLiteral("no such book");
-    QTest::newRow("a page past the end")
-        << QStringLiteral("comic.cbz") << QStringLiteral("3") << QStringLiteral("no page 3");
-    QTest::newRow("a page that cannot be decoded") << QStringLiteral("comic.cbz")
-                                                   << QStringLiteral("2")
-                                                   << QStringLiteral("cannot be decoded");
-    QTest::newRow("a book whose file is gone")
-        << QStringLiteral("gone.cbz") << QStringLiteral("1") << QStringLiteral("the file is gone");
+    QTest::newRow("a book that is not in the library") << "nowhere.cbz" << 1 << "no such book";
+    QTest::newRow("a page past the end") << "comic.cbz" << 3 << "no page 3";
+    QTest::newRow("a page that cannot be decoded") << "comic.cbz" << 2 << "cannot be decoded";
+    QTest::newRow("a book whose file is gone") << "gone.cbz" << 1 << "the file is gone";
 }
 
 void TestSession::renderFailuresExitWithStatus1()
 {
     QFETCH(QString, book);
-    QFETCH(QString, page);
+    QFETCH(int, page);
     QFETCH(QString, cause);
-    QVERIFY(TestSupport::writeZip(path(QStringLiteral("comic.cbz")),
+    QVERIFY(TestSupport::writeZip(path("comic.cbz"),
         { { "p1.png", TestSupport::encode(TestSupport::makePage(60, 80), "PNG") },
             { "p2.png", TestSupport::pngHeaderOnly(QSize(60, 80)) } }));
-    QVERIFY(QFile::copy(path(QStringLiteral("comic.cbz")), path(QStringLiteral("gone.cbz"))));
-    QCOMPARE(m_tamber
-                 ->run({ QStringLiteral("import"), path(QStringLiteral("comic.cbz")),
-                     path(QStringLiteral("gone.cbz")) })
-                 .status,
-        0);
-    QVERIFY(QFile::remove(path(QStringLiteral("gone.cbz"))));
+    QVERIFY(QFile::copy(path("comic.cbz"), path("gone.cbz")));
+    QCOMPARE(m_tamber->run({ "import", path("comic.cbz"), path("gone.cbz") }).status, 0);
+    QVERIFY(QFile::remove(path("gone.cbz")));
 
-    const QString output = path(QStringLiteral("page.png"));
-    const Tamber::Run run = m_tamber->run({ QStringLiteral("render"), path(book),
-        QStringLiteral("--page"), page, QStringLiteral("-o"), output });
+    const Tamber::Run run = m_tamber->run(
+        { "render", path(book), "--page", QString::number(page), "-o", path("page.png") });
     QCOMPARE(run.status, 1);
     QVERIFY2(run.err.contains(cause.toUtf8()), run.err.constData());
-    QVERIFY(!QFile::exists(output));
+    QVERIFY(!QFile::exists(path("page.png")));
 }
 
 QTEST_GUILESS_MAIN(TestSession)

@@ -12,30 +12,11 @@
 
 #include <cstdio>
 
-using TestSupport::Tamber;
-
-namespace {
-
-const QByteArray verificationText
-    = "pattern=QT_PLUGIN_VERIFICATION_DATA\n"
-      "version=4.8.0\n"
-      "debug=false\n"
-      "buildkey=arm qws/linux ostra-g++ no-pkg-config QT_NO_QWS_CURSOR QT_NO_QWS_QPF2";
-
 using TestSupport::jsonAt;
 using TestSupport::jsonText;
-
-nlohmann::json json(const Tamber::Run& run)
-{
-    return TestSupport::parseJson(run.out);
-}
-
-QString pluginFile()
-{
-    return TestSupport::binDir() + QStringLiteral("/libcomicsreader.so");
-}
-
-} // namespace
+using TestSupport::parseJson;
+using TestSupport::pluginFile;
+using TestSupport::Tamber;
 
 class TestTamber : public QObject
 {
@@ -115,40 +96,38 @@ void TestTamber::everyCommandHasItsHelp()
     const QString text = QString::fromUtf8(help.out);
     QVERIFY2(text.startsWith("Usage: tamber " + usage + '\n'), qPrintable(text));
     for (const QString& option : options)
-        QVERIFY2(text.contains("\n  " + option + ' '), qPrintable(option + " missing in:\n" + text));
+        QVERIFY2(
+            text.contains("\n  " + option + ' '), qPrintable(option + " missing in:\n" + text));
 
     const Tamber::Run manual = tamber({ "--man" });
     QCOMPARE(manual.status, 0);
-    QVERIFY(manual.out.contains(
-        ".SS \"tamber " + QString(usage).replace('-', "\\-").toUtf8() + '"'));
+    QVERIFY(
+        manual.out.contains(".SS \"tamber " + QString(usage).replace('-', "\\-").toUtf8() + '"'));
 }
 
 void TestTamber::usageErrorsExitWithStatus2_data()
 {
     QTest::addColumn<QStringList>("arguments");
 
-    QTest::newRow("no command") << QStringList();
-    QTest::newRow("an unknown command") << QStringList { "frobnicate" };
-    QTest::newRow("an unknown option") << QStringList { "list", "--colour" };
-    QTest::newRow("a global option without its value") << QStringList { "--library" };
-    QTest::newRow("list with an argument") << QStringList { "list", "all" };
-    QTest::newRow("cover without an output file") << QStringList { "cover", "/a.cbz" };
-    QTest::newRow("an unknown setting") << QStringList { "config", "colour" };
-    QTest::newRow("session with two scripts") << QStringList { "session", "a", "b" };
-    QTest::newRow("session with a size without height")
-        << QStringList { "session", "--size", "800" };
-    QTest::newRow("session with an empty screen") << QStringList { "session", "--size", "0x600" };
-    QTest::newRow("render on a screen too large to paint")
-        << QStringList { "render", "a.cbz", "--size", "100000x100000", "-o", "x.png" };
-    QTest::newRow("render without an output file") << QStringList { "render", "a.cbz" };
-    QTest::newRow("render of page 0")
-        << QStringList { "render", "a.cbz", "--page", "0", "-o", "x.png" };
-    QTest::newRow("render below the smallest zoom")
-        << QStringList { "render", "a.cbz", "--zoom", "0.5", "-o", "x.png" };
-    QTest::newRow("render above the largest zoom")
-        << QStringList { "render", "a.cbz", "--zoom", "5", "-o", "x.png" };
-    QTest::newRow("render turned by 5")
-        << QStringList { "render", "a.cbz", "--orientation", "5", "-o", "x.png" };
+    const auto row
+        = [](const char* name, const QStringList& arguments) { QTest::newRow(name) << arguments; };
+    row("no command", {});
+    row("an unknown command", { "frobnicate" });
+    row("an unknown option", { "list", "--colour" });
+    row("a global option without its value", { "--library" });
+    row("list with an argument", { "list", "all" });
+    row("cover without an output file", { "cover", "/a.cbz" });
+    row("an unknown setting", { "config", "colour" });
+    row("session with two scripts", { "session", "a", "b" });
+    row("session with a size without height", { "session", "--size", "800" });
+    row("session with an empty screen", { "session", "--size", "0x600" });
+    row("render on a screen too large to paint",
+        { "render", "a.cbz", "--size", "100000x100000", "-o", "x.png" });
+    row("render without an output file", { "render", "a.cbz" });
+    row("render of page 0", { "render", "a.cbz", "--page", "0", "-o", "x.png" });
+    row("render below the smallest zoom", { "render", "a.cbz", "--zoom", "0.5", "-o", "x.png" });
+    row("render above the largest zoom", { "render", "a.cbz", "--zoom", "5", "-o", "x.png" });
+    row("render turned by 5", { "render", "a.cbz", "--orientation", "5", "-o", "x.png" });
 }
 
 void TestTamber::usageErrorsExitWithStatus2()
@@ -165,10 +144,10 @@ void TestTamber::pluginShowsWhatItDeclares()
 {
     const Tamber::Run run = tamber({ "plugin", "--json" });
     QCOMPARE(run.status, 0);
-    const nlohmann::json plugin = json(run);
+    const nlohmann::json plugin = parseJson(run.out);
     QCOMPARE(jsonText(jsonAt(plugin, "/file")), pluginFile());
     QCOMPARE(jsonText(jsonAt(plugin, "/verification")),
-        QString::fromLatin1(verificationText));
+        QString::fromLatin1(TestSupport::verificationText));
     // In the plug-in's order; what that order is, is tst_plugin's business.
     ComicsReaderPlugin declared;
     QCOMPARE(TestSupport::jsonTexts(jsonAt(plugin, "/mimeTypes")), declared.mimeTypes());
@@ -212,18 +191,18 @@ void TestTamber::unusableLibraryExitsWithStatus2_data()
     QTest::addColumn<QString>("reason");
 
     // The library's own tests try every kind of unusable file; here, the exit.
+    const auto row = [](const char* name, const QStringList& arguments, const QByteArray& contents,
+                         const char* reason) {
+        QTest::newRow(name) << arguments << contents << QString(reason);
+    };
     const QByteArray csv = "title,author\nA,B\n";
-    QTest::newRow("a CSV file, to list") << QStringList { "list" } << csv << "not a tamber library";
-    QTest::newRow("a CSV file, to import")
-        << QStringList { "import", "BOOK" } << csv << "not a tamber library";
-    QTest::newRow("a damaged library")
-        << QStringList { "list" } << QByteArray("damaged") << "is damaged";
+    row("a CSV file, to list", { "list" }, csv, "not a tamber library");
+    row("a CSV file, to import", { "import", "BOOK" }, csv, "not a tamber library");
+    row("a damaged library", { "list" }, "damaged", "is damaged");
     // A mistyped --library must not leave an empty library behind.
-    QTest::newRow("no file, to list") << QStringList { "list" } << QByteArray() << "no such library";
-    QTest::newRow("no file, to show")
-        << QStringList { "show", "BOOK" } << QByteArray() << "no such library";
-    QTest::newRow("no file, to render")
-        << QStringList { "render", "BOOK", "-o", "x.png" } << QByteArray() << "no such library";
+    row("no file, to list", { "list" }, QByteArray(), "no such library");
+    row("no file, to show", { "show", "BOOK" }, QByteArray(), "no such library");
+    row("no file, to render", { "render", "BOOK", "-o", "x.png" }, QByteArray(), "no such library");
 }
 
 void TestTamber::unusableLibraryExitsWithStatus2()
@@ -237,14 +216,11 @@ void TestTamber::unusableLibraryExitsWithStatus2()
     if (contents == "damaged") {
         // Whole tables, but their pages overwritten past the schema's.
         QCOMPARE(tamber({ "--library", file, "import", path("a.cbz") }).status, 0);
-        QFile damaged(file);
-        QVERIFY(damaged.open(QIODevice::ReadWrite) && damaged.seek(4096));
-        damaged.write(QByteArray(int(damaged.size()) - 4096, '\xaa'));
-        damaged.close();
         contents = TestSupport::readFile(file);
-    } else if (!contents.isNull()) {
-        QVERIFY(TestSupport::writeFile(file, contents));
+        contents.replace(4096, contents.size() - 4096, QByteArray(contents.size() - 4096, '\xaa'));
     }
+    if (!contents.isNull())
+        QVERIFY(TestSupport::writeFile(file, contents));
     arguments.replaceInStrings(QStringLiteral("BOOK"), path("a.cbz"));
     const Tamber::Run run = tamber(QStringList { "--library", file } + arguments);
     QCOMPARE(run.status, 2);
@@ -325,8 +301,8 @@ void TestTamber::importReplacesRecordsAndReportsFailures()
         path("Alias.cbz"), path("missing.cbz"), path("Text.cbz"), path("folder") });
     QCOMPARE(run.status, 1);
     // A file reached by three paths is imported once, under the id it has.
-    QCOMPARE(run.out,
-        QByteArray("Good (3 pages)\nRed\\e[31m\\nTwo (1 page)\nShouting (2 pages)\n"));
+    QCOMPARE(
+        run.out, QByteArray("Good (3 pages)\nRed\\e[31m\\nTwo (1 page)\nShouting (2 pages)\n"));
     QVERIFY2(run.err.contains("Empty.cbz: no pages found"), run.err.constData());
     QVERIFY2(run.err.contains("missing.cbz: no such file"), run.err.constData());
     QVERIFY2(run.err.contains("Text.cbz: not a ZIP file"), run.err.constData());
@@ -339,7 +315,7 @@ void TestTamber::importReplacesRecordsAndReportsFailures()
     const Tamber::Run list = tamber({ "list" });
     QCOMPARE(list.out.count('\n'), 4);
     QVERIFY2(!list.out.contains('\x1b'), list.out.constData());
-    const nlohmann::json shown = json(tamber({ "show", comic, "--json" }));
+    const nlohmann::json shown = parseJson(tamber({ "show", comic, "--json" }).out);
     QCOMPARE(int(jsonAt(shown, "/pages").size()), 3);
     QCOMPARE(jsonAt(shown, "/volume/pageCount"), nlohmann::json(3));
 }
@@ -370,7 +346,7 @@ void TestTamber::failedWritesToStandardOutputExit1()
     QCOMPARE(shell.exitCode(), 1);
     QVERIFY2(shell.readAllStandardError().contains("cannot write to standard output"), "");
     // The import went on to the end.
-    QCOMPARE(int(json(tamber({ "list", "--json" })).size()), 3);
+    QCOMPARE(int(parseJson(tamber({ "list", "--json" }).out).size()), 3);
 }
 
 void TestTamber::bookIsFoundByIdOrPath_data()
@@ -378,11 +354,12 @@ void TestTamber::bookIsFoundByIdOrPath_data()
     QTest::addColumn<QString>("book");
     QTest::addColumn<int>("status");
 
-    QTest::newRow("the stored id") << "comics/Found.cbz" << 0;
+    // $TMP stands for the test's folder; relative paths start in its comics.
+    QTest::newRow("the stored id") << "$TMP/comics/Found.cbz" << 0;
     QTest::newRow("a relative path") << "Found.cbz" << 0;
-    QTest::newRow("a path through a link") << "link/Found.cbz" << 0;
-    QTest::newRow("a file URL") << "file://comics/Found.cbz" << 0;
-    QTest::newRow("a book that was never imported") << "comics/Lost.cbz" << 1;
+    QTest::newRow("a path through a link") << "$TMP/link/Found.cbz" << 0;
+    QTest::newRow("a file URL") << "file://$TMP/comics/Found.cbz" << 0;
+    QTest::newRow("a book that was never imported") << "$TMP/comics/Lost.cbz" << 1;
 }
 
 void TestTamber::bookIsFoundByIdOrPath()
@@ -396,15 +373,11 @@ void TestTamber::bookIsFoundByIdOrPath()
     QVERIFY(QFile::link(comics, path("link")));
     QCOMPARE(tamber({ "import", comics + "/Found.cbz" }).status, 0);
 
-    // Paths are written relative to the test folder; ids are absolute.
-    if (book.startsWith(QLatin1String("file://")))
-        book = QStringLiteral("file://") + path(book.mid(7));
-    else if (book.startsWith(QLatin1String("comics/")) || book.startsWith(QLatin1String("link/")))
-        book = path(book);
-    const Tamber::Run run = tamber({ "show", book, "--json" }, comics);
+    const Tamber::Run run
+        = tamber({ "show", book.replace("$TMP", m_dir->path()), "--json" }, comics);
     QCOMPARE(run.status, status);
     if (status == 0)
-        QCOMPARE(jsonText(jsonAt(json(run), "/volume/id")), comics + "/Found.cbz");
+        QCOMPARE(jsonText(jsonAt(parseJson(run.out), "/volume/id")), comics + "/Found.cbz");
     else
         QVERIFY2(run.err.contains("no such book"), run.err.constData());
 }

@@ -80,12 +80,16 @@ done
 
 # The miniature host in the unpacked application folder, as the device's is.
 cp "$host" "$app/devicehost"
-if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
-  output=$(cd "$scratch" && "$app/devicehost" "$samples/Captain Science #001-cbi.cbr" -qws) \
-    || fail "the host could not read the RAR sample through the package: $output"
+open_book() { # BOOK WHAT PAGE-SUFFIX: the host lists five pages and decodes the first
+  local output
+  output=$(cd "$scratch" && "$app/devicehost" "$1" -qws) \
+    || fail "the host could not read $2 through the package: $output"
   echo "$output"
-  [ "$(grep -c '^page ' <<<"$output")" -eq 5 ] || fail "the RAR sample did not list five pages"
-  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "page 1 did not decode"
+  [ "$(grep -c "^page .*$3\$" <<<"$output")" -eq 5 ] || fail "$2 did not list five pages"
+  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "the first page of $2 did not decode"
+}
+if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
+  open_book "$samples/Captain Science #001-cbi.cbr" "the RAR sample" '\.jpg'
 
   mkdir "$scratch/webp"
   unzip -q -j "$samples/Captain Science #001.cbz" '*.jpg' -d "$scratch/webp"
@@ -93,19 +97,11 @@ if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
     cwebp -quiet "$page" -o "${page%.jpg}.webp"
   done
   (cd "$scratch/webp" && zip -q ../webp.cbz ./*.webp)
-  output=$(cd "$scratch" && "$app/devicehost" "$scratch/webp.cbz" -qws) \
-    || fail "the host could not read a WebP comic through the package: $output"
-  echo "$output"
-  [ "$(grep -c '^page .*\.webp$' <<<"$output")" -eq 5 ] || fail "the WebP comic did not list five pages"
-  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "the first WebP page did not decode"
+  open_book "$scratch/webp.cbz" "a WebP comic" '\.webp'
 
   # A 7z book named .cbr, LZMA2 as 7-Zip makes them: the extractor's liblzma.
   (cd "$scratch/webp" && 7zz a -bd -t7z -m0=lzma2 ../lzma2.cbr ./*.jpg >/dev/null)
-  output=$(cd "$scratch" && "$app/devicehost" "$scratch/lzma2.cbr" -qws) \
-    || fail "the host could not read a 7z comic of LZMA2 through the package: $output"
-  echo "$output"
-  [ "$(grep -c '^page .*\.jpg$' <<<"$output")" -eq 5 ] || fail "the 7z comic did not list five pages"
-  grep -q '^cover [1-9][0-9]*x[1-9]' <<<"$output" || fail "the first 7z page did not decode"
+  open_book "$scratch/lzma2.cbr" "a 7z comic of LZMA2" '\.jpg'
 else
   echo "../shared/samples is not beside the checkout; the package was not opened"
 fi

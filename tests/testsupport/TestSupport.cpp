@@ -9,9 +9,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPainter>
-#include <QTextCodec>
-#include <QWidget>
 #include <QProcess>
+#include <QWidget>
+#include <QtEndian>
 
 #include <zip.h>
 
@@ -36,15 +36,6 @@ QByteArray joined(const QList<QByteArray>& parts, char separator)
     for (int i = 0; i < parts.size(); ++i)
         text += (i ? QByteArray(1, separator) : QByteArray()) + parts.at(i);
     return text;
-}
-
-void useUtf8ForEightBitStrings()
-{
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
-    QTextCodec::setCodecForCStrings(utf8);
-    QTextCodec::setCodecForLocale(utf8);
-#endif
 }
 
 QColor pixelColor(const QImage& image, int x, int y)
@@ -73,8 +64,8 @@ std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& positi
     Qt::MouseButton button, Qt::MouseButtons held, unsigned long time)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    return at(new QMouseEvent(type, position, position, position, button, held, Qt::NoModifier),
-        time);
+    return at(
+        new QMouseEvent(type, position, position, position, button, held, Qt::NoModifier), time);
 #else
     const QPoint pixel = position.toPoint();
     return at(new QMouseEvent(type, pixel, pixel, button, held, Qt::NoModifier), time);
@@ -88,8 +79,8 @@ std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates 
     static QTouchDevice* screen = QTest::createTouchDevice();
     return at(new QTouchEvent(type, screen, Qt::NoModifier, states, fingers), time);
 #else
-    return at(new QTouchEvent(type, QTouchEvent::TouchScreen, Qt::NoModifier, states, fingers),
-        time);
+    return at(
+        new QTouchEvent(type, QTouchEvent::TouchScreen, Qt::NoModifier, states, fingers), time);
 #endif
 }
 
@@ -139,25 +130,6 @@ bool waitForWindowShown(QWidget* window)
 }
 
 #if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-
-namespace {
-
-bool removeTree(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.isDir() && !info.isSymLink()) {
-        const QDir dir(path);
-        const QStringList names
-            = dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-        for (const QString& name : names)
-            removeTree(dir.filePath(name));
-        return QDir().rmdir(path);
-    }
-    return QFile::remove(path);
-}
-
-} // namespace
-
 TemporaryDir::TemporaryDir()
 {
     QByteArray pattern = QFile::encodeName(QDir::tempPath() + QStringLiteral("/tamber-XXXXXX"));
@@ -167,25 +139,9 @@ TemporaryDir::TemporaryDir()
 
 TemporaryDir::~TemporaryDir()
 {
-    if (!m_path.isEmpty())
-        removeTree(m_path);
+    if (isValid())
+        QProcess::execute(QStringLiteral("rm"), QStringList() << QStringLiteral("-rf") << m_path);
 }
-
-bool TemporaryDir::isValid() const
-{
-    return !m_path.isEmpty();
-}
-
-QString TemporaryDir::path() const
-{
-    return m_path;
-}
-
-QString TemporaryDir::filePath(const QString& name) const
-{
-    return m_path + QLatin1Char('/') + name;
-}
-
 #endif
 
 QString samplesDir()
@@ -209,6 +165,17 @@ QString binDir()
     return QStringLiteral(TAMBER_BIN_DIR);
 }
 
+QString pluginFile()
+{
+    return binDir() + QStringLiteral("/libcomicsreader.so");
+}
+
+const QByteArray verificationText
+    = "pattern=QT_PLUGIN_VERIFICATION_DATA\n"
+      "version=4.8.0\n"
+      "debug=false\n"
+      "buildkey=arm qws/linux ostra-g++ no-pkg-config QT_NO_QWS_CURSOR QT_NO_QWS_QPF2";
+
 bool writeZip(const QString& path, const QList<ZipEntry>& entries)
 {
     QFile::remove(path);
@@ -217,24 +184,18 @@ bool writeZip(const QString& path, const QList<ZipEntry>& entries)
         = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &error);
     if (!archive)
         return false;
-    // libzip reads the buffers when the archive is closed, so keep them alive.
-    QList<QByteArray> keep;
+    // libzip reads the entries' bytes when the archive is closed, below.
     for (const ZipEntry& entry : entries) {
-        keep << entry.second;
-        zip_source_t* source = zip_source_buffer(
-            archive, keep.last().constData(), zip_uint64_t(keep.last().size()), 0);
-        if (!source)
-            return false;
+        const char* name = entry.first.constData();
         const bool isDirectory = entry.first.endsWith('/');
+        zip_source_t* source = zip_source_buffer(
+            archive, entry.second.constData(), zip_uint64_t(entry.second.size()), 0);
         const zip_int64_t index = isDirectory
-            ? zip_dir_add(archive, entry.first.constData(), ZIP_FL_ENC_RAW)
-            : zip_file_add(
-                archive, entry.first.constData(), source, ZIP_FL_ENC_RAW | ZIP_FL_OVERWRITE);
-        if (isDirectory)
+            ? zip_dir_add(archive, name, ZIP_FL_ENC_RAW)
+            : zip_file_add(archive, name, source, ZIP_FL_ENC_RAW | ZIP_FL_OVERWRITE);
+        if (isDirectory || index < 0)
             zip_source_free(source);
         if (index < 0) {
-            if (!isDirectory)
-                zip_source_free(source);
             zip_discard(archive);
             return false;
         }
@@ -264,17 +225,6 @@ bool writeFile(const QString& path, const QByteArray& bytes)
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QString findProgram(const QString& name)
-{
-    const QStringList folders = QString::fromLocal8Bit(qgetenv("PATH")).split(QLatin1Char(':'));
-    for (const QString& folder : folders) {
-        const QFileInfo program(QDir(folder.isEmpty() ? QStringLiteral(".") : folder), name);
-        if (program.isFile() && program.isExecutable())
-            return program.absoluteFilePath();
-    }
-    return QString();
 }
 
 QImage makePage(int width, int height, const QColor& ink)
@@ -309,12 +259,11 @@ quint32 crc32(const QByteArray& bytes)
     return ~crc;
 }
 
-QByteArray littleEndian32(quint32 value)
+// A value's bytes in memory order: after qToLittleEndian or qToBigEndian, a
+// field of a file.
+template<typename T> QByteArray bytesOf(T value)
 {
-    QByteArray bytes;
-    for (int i = 0; i < 4; ++i)
-        bytes += char((value >> (8 * i)) & 0xff);
-    return bytes;
+    return QByteArray(reinterpret_cast<const char*>(&value), int(sizeof value));
 }
 
 // RAR 5's variable-length integer: seven bits a byte, low bits first.
@@ -335,7 +284,7 @@ QByteArray vint(quint64 value)
 QByteArray rarBlock(const QByteArray& fields)
 {
     const QByteArray sized = vint(quint64(fields.size())) + fields;
-    return littleEndian32(crc32(sized)) + sized;
+    return bytesOf(qToLittleEndian(crc32(sized))) + sized;
 }
 
 } // namespace
@@ -351,14 +300,12 @@ bool writeRar(const QString& path, const QList<ZipEntry>& entries)
         const QByteArray& data = entry.second;
         const QByteArray fields = vint(fileHeader) + vint(hasDataArea) + vint(quint64(data.size()))
             + vint(hasCrc) + vint(quint64(data.size())) + vint(regularFile)
-            + littleEndian32(crc32(data)) + vint(0) /* stored */ + vint(unixHost)
+            + bytesOf(qToLittleEndian(crc32(data))) + vint(0) /* stored */ + vint(unixHost)
             + vint(quint64(entry.first.size())) + entry.first;
         rar += rarBlock(fields) + data;
     }
     rar += rarBlock(vint(endHeader) + vint(0) + vint(0));
-
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(rar) == rar.size();
+    return writeFile(path, rar);
 }
 
 QByteArray gifWithScreen(const QSize& screen)
@@ -367,21 +314,14 @@ QByteArray gifWithScreen(const QSize& screen)
                    "!\xf9\x04\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00"
                    "\x02\x02\x44\x01\x00;",
         43);
-    gif[6] = char(screen.width() & 0xff);
-    gif[7] = char(screen.width() >> 8);
-    gif[8] = char(screen.height() & 0xff);
-    gif[9] = char(screen.height() >> 8);
-    return gif;
+    return gif.replace(6, 4,
+        bytesOf(qToLittleEndian(quint16(screen.width())))
+            + bytesOf(qToLittleEndian(quint16(screen.height()))));
 }
 
 QByteArray pngHeaderOnly(const QSize& size)
 {
-    auto bigEndian32 = [](quint32 value) {
-        QByteArray bytes;
-        for (int i = 3; i >= 0; --i)
-            bytes += char((value >> (8 * i)) & 0xff);
-        return bytes;
-    };
+    const auto bigEndian32 = [](quint32 value) { return bytesOf(qToBigEndian(value)); };
     auto chunk = [&](const QByteArray& type, const QByteArray& data) {
         return bigEndian32(quint32(data.size())) + type + data + bigEndian32(crc32(type + data));
     };
@@ -435,11 +375,6 @@ Tamber::Tamber(const QString& folder)
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
 }
 
-QString Tamber::library() const
-{
-    return m_folder + QStringLiteral("/library.sqlite");
-}
-
 Tamber::Run Tamber::run(
     const QStringList& arguments, const QByteArray& input, const QString& workingDirectory) const
 {
@@ -460,48 +395,38 @@ Tamber::Run Tamber::run(
 
 namespace {
 
-QStringList& loggedLines()
-{
-    static QStringList lines;
-    return lines;
-}
+QStringList loggedLines;
 
 #if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+const auto installHandler = &qInstallMessageHandler;
 void logLine(QtMsgType, const QMessageLogContext&, const QString& message)
 {
-    loggedLines() << message;
+    loggedLines << message;
 }
 #else
+const auto installHandler = &qInstallMsgHandler;
 void logLine(QtMsgType, const char* message)
 {
-    loggedLines() << QString::fromLocal8Bit(message);
+    loggedLines << QString::fromLocal8Bit(message);
 }
 #endif
 
 } // namespace
 
 MessageLog::MessageLog()
+    : previous(installHandler(logLine))
 {
-    loggedLines().clear();
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    previous = qInstallMessageHandler(logLine);
-#else
-    previous = qInstallMsgHandler(logLine);
-#endif
+    loggedLines.clear();
 }
 
 MessageLog::~MessageLog()
 {
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    qInstallMessageHandler(previous);
-#else
-    qInstallMsgHandler(previous);
-#endif
+    installHandler(previous);
 }
 
 QStringList MessageLog::lines() const
 {
-    return loggedLines();
+    return loggedLines;
 }
 
 nlohmann::json parseJson(const QByteArray& text)

@@ -9,6 +9,7 @@
 #include <QInputEvent>
 #include <QList>
 #include <QMetaMethod>
+#include <QMetaType>
 #include <QPair>
 #include <QPoint>
 #include <QProcessEnvironment>
@@ -16,21 +17,17 @@
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
+#include <QtTest/QTest>
 
 #include <memory>
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "Pagelet.h"
+#include "QtCompat.h"
 #include "Volume.h"
 
 class QWidget;
-#include <QtTest/QTest>
-#include <QPoint>
-#include <QList>
-#include <QMetaType>
-
-#include "QtCompat.h"
 
 #if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
 // Qt 5 knows containers of its own types as test data; Qt 4 is told.
@@ -66,14 +63,12 @@ class TemporaryDir
 public:
     TemporaryDir();
     ~TemporaryDir();
-    bool isValid() const;
-    QString path() const;
-    QString filePath(const QString& name) const;
-
-    TemporaryDir(const TemporaryDir&) = delete;
-    TemporaryDir& operator=(const TemporaryDir&) = delete;
+    bool isValid() const { return !m_path.isEmpty(); }
+    QString path() const { return m_path; }
+    QString filePath(const QString& name) const { return m_path + QLatin1Char('/') + name; }
 
 private:
+    Q_DISABLE_COPY(TemporaryDir)
     QString m_path;
 };
 #endif
@@ -103,31 +98,18 @@ std::unique_ptr<QInputEvent> wheelEvent(
 // so its lines end in one; Qt 5 drops the last.
 inline QString debugLine(const QString& text)
 {
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    return text + QLatin1Char(' ');
-#else
-    return text;
-#endif
+    return QT_VERSION < QT_VERSION_CHECK(5, 0, 0) ? text + QLatin1Char(' ') : text;
 }
 
 // An expected line of a trace, as this Qt writes it: a whole debug line,
 // {"debug":"..."}, takes the debug stream's ending blank under Qt 4.
 QByteArray traceLine(const QByteArray& expected);
 
-// Makes UTF-8 the application's codec for 8-bit strings and for the locale,
-// as a host that reads UTF-8 names sets it. Qt 4 reads 8-bit strings and
-// encodes a program's arguments with them; Qt 5 has no such setting.
-void useUtf8ForEightBitStrings();
-
 // The revision of the meta-objects moc writes: 6 is Qt 4.8's, as on the
 // device, and 8 is Qt 5.15's.
 inline int mocRevision()
 {
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    return 6;
-#else
-    return 8;
-#endif
+    return QT_VERSION < QT_VERSION_CHECK(5, 0, 0) ? 6 : 8;
 }
 
 // The shared sample comics, or an empty string when ../shared is not there.
@@ -137,6 +119,9 @@ QString sampleCbr();
 
 // Folder of the built programs (tamber, unrar, the plug-in).
 QString binDir();
+// The built plug-in, and the verification text the device's loader reads in it.
+QString pluginFile();
+extern const QByteArray verificationText;
 
 // A ZIP written with libzip; entry names are raw bytes so that tests can use
 // any encoding. Returns false if libzip refused.
@@ -149,9 +134,6 @@ bool writeComic(const QString& path, int count, const QSize& pageSize = QSize(60
 QByteArray readFile(const QString& path);
 // Creates the folder too.
 bool writeFile(const QString& path, const QByteArray& bytes);
-
-// The path of a program on PATH, or empty.
-QString findProgram(const QString& name);
 
 // A page-like picture: a light ground with a dark frame, so that scaling and
 // placement can be checked on pixels.
@@ -215,7 +197,7 @@ public:
     explicit Tamber(const QString& folder);
     Run run(const QStringList& arguments, const QByteArray& input = QByteArray(),
         const QString& workingDirectory = QString()) const;
-    QString library() const;
+    QString library() const { return m_folder + QStringLiteral("/library.sqlite"); }
 
     QProcessEnvironment environment;
 
@@ -233,10 +215,8 @@ public:
 
     QStringList lines() const;
 
-    MessageLog(const MessageLog&) = delete;
-    MessageLog& operator=(const MessageLog&) = delete;
-
 private:
+    Q_DISABLE_COPY(MessageLog)
 #if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
     QtMessageHandler previous;
 #else
