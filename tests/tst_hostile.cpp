@@ -16,7 +16,6 @@
 #include <QProcess>
 #include <QtTest>
 
-#include <zip.h>
 #include <zlib.h>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -137,16 +136,12 @@ void TestHostile::initTestCase()
         names << TestSupport::ZipEntry(name, m_png);
     QVERIFY(TestSupport::writeZip(path("names.cbz"), names));
 
-    const QString encrypted = path("encrypted.cbz");
-    QVERIFY(TestSupport::writeZip(encrypted, { { "page.png", m_png } }));
-    for (const zip_uint16_t method : { ZIP_EM_TRAD_PKWARE, ZIP_EM_AES_256 }) {
-        if (!zip_encryption_method_supported(method, 1))
-            continue;
-        zip_t* archive = zip_open(QFile::encodeName(encrypted).constData(), 0, nullptr);
-        QVERIFY(archive && zip_file_set_encryption(archive, 0, method, "secret") == 0);
-        QCOMPARE(zip_close(archive), 0);
-        break;
-    }
+    // Encrypted with the traditional PKWARE method, which libzip can decrypt.
+    QVERIFY(writeFile(path("app/page.png"), m_png));
+    QCOMPARE(QProcess::execute("zip",
+                 QStringList {
+                     "-q", "-j", "-P", "secret", path("encrypted.cbz"), path("app/page.png") }),
+        0);
 
     // Bytes go missing from the middle of the central directory; its end
     // record stays and points past them.
@@ -171,7 +166,6 @@ void TestHostile::initTestCase()
     // beside it; the plug-in and libtamber come from the build.
     QVERIFY(QDir().mkpath(path("app")));
     QVERIFY(QFile::copy(TestSupport::binDir() + "/tamber", path("app/tamber")));
-    QVERIFY(writeFile(path("app/page.png"), m_png));
 }
 
 void TestHostile::hostileFile_data()

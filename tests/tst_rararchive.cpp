@@ -81,8 +81,6 @@ void TestRarArchive::namesAndPathsPeopleHave_data()
     QTest::addColumn<QByteArray>("name");
 
     QTest::newRow("UTF-8 accents") << "a.cbr" << QByteArray("Caf\xc3\xa9/01.png");
-    QTest::newRow("UTF-8 Japanese")
-        << "a.cbr" << QByteArray("\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8/01.png");
     QTest::newRow("name beginning with a dash") << "a.cbr" << QByteArray("-01.png");
     QTest::newRow("path with blanks, quotes and #")
         << "My \"Best\" #1 'x'.cbr" << QByteArray("1.png");
@@ -119,12 +117,11 @@ void TestRarArchive::readsTheContainersACbrMayBe_data()
     const QList<ZipEntry> inFolder { { "Book/01.png", png }, { "Book/notes.txt", "x" } };
     const QStringList inFolderListed { "Book/01.png", "Book/notes.txt", "" };
     QTest::newRow("RAR") << "rar" << inFolder << inFolderListed;
-    QTest::newRow("ZIP") << "zip" << inFolder << inFolderListed;
+    // Folders have entries of their own in ZIP; only files are listed.
+    QTest::newRow("ZIP") << "zip" << QList<ZipEntry> { { "Book/", "" } } + inFolder
+                         << inFolderListed;
     // Almost every 7z archive is LZMA2, 7-Zip's default.
     QTest::newRow("7z of LZMA2") << "7z" << inFolder << inFolderListed;
-    QTest::newRow("ZIP lists files, not folders")
-        << "zip" << QList<ZipEntry> { { "Book/", "" }, { "Book/01.png", png } }
-        << QStringList { "Book/01.png", "" };
     QTest::newRow("ZIP with UTF-8 names")
         << "zip" << QList<ZipEntry> { { "Caf\xc3\xa9/01.png", png } }
         << QStringList { QStringLiteral("Caf\u00e9/01.png"), "" };
@@ -185,7 +182,6 @@ void TestRarArchive::extractorRefuses_data()
     QTest::newRow("p without --") << QStringList { "p", "-ierr", book, "a.png" } << true;
     QTest::newRow("missing archive") << QStringList { "vb", book + "x" } << false;
     QTest::newRow("no archive at all") << QStringList { "vb", text } << false;
-    QTest::newRow("no such entry") << QStringList { "p", "-ierr", "--", book, "b.png" } << false;
     QTest::newRow("a pattern is no name")
         << QStringList { "p", "-ierr", "--", book, "*.png" } << false;
     QTest::newRow("names are case-sensitive")

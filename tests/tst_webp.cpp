@@ -149,11 +149,10 @@ void TestWebp::decodes_data()
         << webp({ page }, lossy) << page << full << opaque << 3.0;
     QTest::newRow("lossy with alpha within 3 levels")
         << webp({ clear }, lossy) << clear << full << alpha << 3.0;
-    // Scaled by libwebp while decoding; a smooth scale of the source is the yardstick.
+    // Scaled by libwebp while decoding, here and for the animation; a smooth
+    // scale of the source is the yardstick.
     QTest::newRow("lossy page at half size")
         << webp({ page }, lossy) << page << QSize(150, 198) << opaque << 6.0;
-    QTest::newRow("lossless page at another aspect ratio")
-        << webp({ page }) << page << QSize(100, 300) << opaque << 6.0;
     QTest::newRow("animation shows its first frame")
         << animation << frames.first() << full << alpha << 0.0;
     QTest::newRow("animation's first frame scaled")
@@ -288,15 +287,11 @@ void TestWebp::badInput_data()
     };
     row("empty", QByteArray(), false);
     row("signature alone", lossy.left(12));
+    // Lossy and lossless data go through the same decoding call.
     row("truncated lossy", lossy.left(lossy.size() / 2));
-    row("truncated lossless", lossless.left(lossless.size() / 2));
-    row("RIFF of another kind",
-        QByteArray("RIFF\x24\0\0\0WAVEfmt \x10\0\0\0", 20) + QByteArray(20, '\0'), false);
     row("chunk longer than the file", patched(lossy, vp8 + 4, "\xf0\xff\xff\x7f"));
     row("unknown image chunk", patched(lossless, vp8l, "VP8Z"));
     row("corrupted lossy data", patched(lossy, lossy.size() / 2, garbage.left(16)), true, false);
-    row("corrupted lossless data", patched(lossless, lossless.size() / 2, garbage.left(16)), true,
-        false);
     row("zero width", patched(lossy, vp8 + 14, QByteArray("\0\0\x30\0", 4)));
     // 16384 × 16384 × 4 bytes is a gigabyte: refused before any allocation.
     row("lossless header claiming 16384 x 16384", losslessHuge);

@@ -72,18 +72,6 @@ std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& positi
 #endif
 }
 
-std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates states,
-    const QList<QTouchEvent::TouchPoint>& fingers, unsigned long time)
-{
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    static QTouchDevice* screen = QTest::createTouchDevice();
-    return at(new QTouchEvent(type, screen, Qt::NoModifier, states, fingers), time);
-#else
-    return at(
-        new QTouchEvent(type, QTouchEvent::TouchScreen, Qt::NoModifier, states, fingers), time);
-#endif
-}
-
 std::unique_ptr<QInputEvent> wheelEvent(
     const QPointF& position, int angle, Qt::KeyboardModifiers modifiers, unsigned long time)
 {

@@ -84,13 +84,10 @@ QColor pixelColor(const QImage& image, const QPoint& point);
 bool waitForWindowShown(QWidget* window);
 
 // Input events as the platform delivers them, at a time in milliseconds: a
-// mouse event, one or two fingers on the screen, a wheel turned by angle
-// (eighths of a degree). Qt 5's events carry their time; under Qt 4 the
-// host reads it as the time of arrival, which is fixed here until the next.
+// mouse event, a wheel turned by angle (eighths of a degree). Qt 5's events carry their time; under
+// Qt 4 the host reads it as the time of arrival, which is fixed here until the next.
 std::unique_ptr<QInputEvent> mouseEvent(QEvent::Type type, const QPointF& at,
     Qt::MouseButton button, Qt::MouseButtons held, unsigned long time);
-std::unique_ptr<QInputEvent> touchEvent(QEvent::Type type, Qt::TouchPointStates states,
-    const QList<QTouchEvent::TouchPoint>& fingers, unsigned long time);
 std::unique_ptr<QInputEvent> wheelEvent(
     const QPointF& at, int angle, Qt::KeyboardModifiers modifiers, unsigned long time);
 
