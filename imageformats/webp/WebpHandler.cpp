@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "WebpHandler.h"
 
+#include "ImageFormatSupport.h"
+
 #include <QIODevice>
 #include <QImage>
 #include <QVariant>
@@ -8,6 +10,8 @@
 #include <webp/demux.h>
 
 #include <cstring>
+
+using ImageFormatSupport::memoryLimit;
 
 namespace {
 
@@ -118,17 +122,14 @@ bool WebpHandler::read(QImage* image)
     if (output.isEmpty() || decodingBytes() > memoryLimit)
         return false;
 
-    QIODevice* source = device();
-    if (!source->isSequential() && source->size() - source->pos() > memoryLimit)
-        return false;
-    const QByteArray data = source->readAll();
-    if (data.size() > memoryLimit)
+    const QByteArray data = ImageFormatSupport::readBounded(device());
+    if (data.isEmpty())
         return false;
 
     if (features.has_animation)
         return readFirstFrame(data, image);
 
-    QImage decoded(output, features.has_alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    QImage decoded(output, ImageFormatSupport::formatFor(features.has_alpha));
     if (decoded.isNull())
         return false;
     WebPDecoderConfig config;
@@ -205,8 +206,7 @@ QVariant WebpHandler::option(ImageOption option) const
     case ImageFormat:
         if (!readHeader())
             return QVariant();
-        return int(features.has_alpha || features.has_animation ? QImage::Format_ARGB32
-                                                                : QImage::Format_RGB32);
+        return int(ImageFormatSupport::formatFor(features.has_alpha || features.has_animation));
     default:
         return QVariant();
     }

@@ -15,11 +15,6 @@
 class WebpHandler : public QImageIOHandler
 {
 public:
-    // The most memory that decoding one image may take, output and libwebp's
-    // own full-size buffers together: the comic archives' memory limit. A
-    // header may claim 16383 × 16383 pixels, a gigabyte, in a few bytes.
-    static constexpr qint64 memoryLimit = qint64(256) << 20;
-
     WebpHandler();
 
     bool canRead() const override;

@@ -3,9 +3,9 @@
 // reads its keys from webp.json, Qt 4 asks keys() and checks the build key
 // that Q_EXPORT_PLUGIN2 stamps into the library.
 
+#include "ImageFormatSupport.h"
 #include "WebpHandler.h"
 
-#include <QImageIOPlugin>
 #include <QStringList>
 
 class WebpPlugin : public QImageIOPlugin
@@ -24,22 +24,12 @@ public:
 public:
     Capabilities capabilities(QIODevice* device, const QByteArray& format) const override
     {
-        if (!format.isEmpty() && format != "webp")
-            return Capabilities();
-        // The bytes decide where they can be seen without consuming them, so
-        // that a PNG named .webp goes on to Qt's other readers: Qt 5 would
-        // check with the handler's canRead(), Qt 4 would not.
-        if (device && device->isOpen() && !device->isSequential())
-            return WebpHandler::canRead(device) ? CanRead : Capabilities();
-        return format.isEmpty() ? Capabilities() : CanRead;
+        return ImageFormatSupport::capabilities<WebpHandler>(device, format, "webp");
     }
 
     QImageIOHandler* create(QIODevice* device, const QByteArray& format) const override
     {
-        QImageIOHandler* handler = new WebpHandler;
-        handler->setDevice(device);
-        handler->setFormat(format);
-        return handler;
+        return ImageFormatSupport::create<WebpHandler>(device, format);
     }
 };
 

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+#include "JxlHandler.h"
+
+#include "ImageFormatSupport.h"
+
+#include <QIODevice>
+#include <QImage>
+#include <QVariant>
+
+#include <jxl/decode.h>
+
+#include <cstring>
+
+using ImageFormatSupport::memoryLimit;
+
+namespace {
+
+const JxlPixelFormat rgba8 = {4, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
+
+// libjxl writes R, G, B, A bytes; QImage's 32-bit formats hold one native
+// 0xAARRGGBB word a pixel.
+void toArgb(QImage* image)
+{
+    for (int y = 0; y < image->height(); ++y) {
+        uchar* pixel = image->scanLine(y);
+        for (int x = 0; x < image->width(); ++x, pixel += 4) {
+            const QRgb argb = qRgba(pixel[0], pixel[1], pixel[2], pixel[3]);
+            std::memcpy(pixel, &argb, 4);
+        }
+    }
+}
+
+} // namespace
+
+JxlHandler::JxlHandler()
+    : headerRead(false)
+    , headerValid(false)
+    , decoder(nullptr)
+{
+    std::memset(&info, 0, sizeof info);
+}
+
+JxlHandler::~JxlHandler()
+{
+    if (decoder)
+        JxlDecoderDestroy(decoder);
+}
+
+bool JxlHandler::canRead() const
+{
+    if (!canRead(device()))
+        return false;
+    setFormat("jxl");
+    return true;
+}
+
+bool JxlHandler::canRead(QIODevice* device)
+{
+    if (!device)
+        return false;
+    const QByteArray head = device->peek(12);
+    const JxlSignature signature
+        = JxlSignatureCheck(reinterpret_cast<const uint8_t*>(head.constData()), size_t(head.size()));
+    return signature == JXL_SIG_CODESTREAM || signature == JXL_SIG_CONTAINER;
+}
+
+bool JxlHandler::readHeader() const
+{
+    if (headerRead)
+        return headerValid;
+    headerRead = true;
+    if (!canRead(device()))
+        return false;
+    data = ImageFormatSupport::readBounded(device());
+    decoder = JxlDecoderCreate(nullptr);
+    if (data.isEmpty() || !decoder)
+        return false;
+    // The events of the whole decode, subscribed before the first: read()
+    // goes on from the basic information.
+    if (JxlDecoderSubscribeEvents(
+            decoder, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE)
+            != JXL_DEC_SUCCESS
+        || JxlDecoderSetInput(
+               decoder, reinterpret_cast<const uint8_t*>(data.constData()), size_t(data.size()))
+            != JXL_DEC_SUCCESS)
+        return false;
+    JxlDecoderSetUnpremultiplyAlpha(decoder, JXL_TRUE);
+    JxlDecoderCloseInput(decoder);
+    if (JxlDecoderProcessInput(decoder) != JXL_DEC_BASIC_INFO
+        || JxlDecoderGetBasicInfo(decoder, &info) != JXL_DEC_SUCCESS)
+        return false;
+    headerValid = info.xsize > 0 && info.ysize > 0 && info.xsize <= 0x7fffffff
+        && info.ysize <= 0x7fffffff;
+    return headerValid;
+}
+
+QSize JxlHandler::displaySize() const
+{
+    if (!readHeader())
+        return QSize();
+    const QSize size(int(info.xsize), int(info.ysize));
+    // Orientations 5 to 8 turn the image a quarter.
+    return info.orientation > JXL_ORIENT_ROTATE_180 ? size.transposed() : size;
+}
+
+qint64 JxlHandler::decodingBytes() const
+{
+    const qint64 pixels = qint64(info.xsize) * info.ysize;
+    // libjxl keeps each channel as a plane of 32-bit floats, or of 32-bit
+    // integers for a lossless image, and converts the output from them.
+    const qint64 channels = info.num_color_channels + info.num_extra_channels;
+    return pixels * 4 * channels * 2 + pixels * 4;
+}
+
+bool JxlHandler::read(QImage* image)
+{
+    if (!readHeader() || decodingBytes() > memoryLimit)
+        return false;
+    QImage frame(displaySize(), ImageFormatSupport::formatFor(info.alpha_bits > 0));
+    if (frame.isNull() || !decode(&frame))
+        return false;
+    toArgb(&frame);
+    *image = frame;
+    return true;
+}
+
+bool JxlHandler::decode(QImage* image)
+{
+    JxlPixelFormat format = rgba8;
+    format.align = size_t(image->bytesPerLine());
+    for (;;) {
+        switch (JxlDecoderProcessInput(decoder)) {
+        case JXL_DEC_COLOR_ENCODING:
+            // A lossy image's pixels are converted to what we ask; a lossless
+            // one comes in its own colours.
+            if (!info.uses_original_profile) {
+                JxlColorEncoding srgb;
+                std::memset(&srgb, 0, sizeof srgb);
+                srgb.color_space
+                    = info.num_color_channels == 1 ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
+                srgb.white_point = JXL_WHITE_POINT_D65;
+                srgb.primaries = JXL_PRIMARIES_SRGB;
+                srgb.transfer_function = JXL_TRANSFER_FUNCTION_SRGB;
+                srgb.rendering_intent = JXL_RENDERING_INTENT_PERCEPTUAL;
+                JxlDecoderSetPreferredColorProfile(decoder, &srgb);
+            }
+            break;
+        case JXL_DEC_NEED_IMAGE_OUT_BUFFER: {
+            size_t needed = 0;
+            const size_t have = size_t(image->bytesPerLine()) * size_t(image->height());
+            if (JxlDecoderImageOutBufferSize(decoder, &format, &needed) != JXL_DEC_SUCCESS
+                || needed > have
+                || JxlDecoderSetImageOutBuffer(decoder, &format, image->bits(), have)
+                    != JXL_DEC_SUCCESS)
+                return false;
+            break;
+        }
+        case JXL_DEC_FULL_IMAGE:
+            // The first frame, whole: an animation's others are not read.
+            return true;
+        default:
+            // An error, or a file that ends early.
+            return false;
+        }
+    }
+}
+
+QVariant JxlHandler::option(ImageOption option) const
+{
+    switch (option) {
+    case Size:
+        return displaySize();
+    case ImageFormat:
+        if (!readHeader())
+            return QVariant();
+        return int(ImageFormatSupport::formatFor(info.alpha_bits > 0));
+    default:
+        return QVariant();
+    }
+}
+
+bool JxlHandler::supportsOption(ImageOption option) const
+{
+    return option == Size || option == ImageFormat;
+}
