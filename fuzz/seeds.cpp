@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QImageReader>
 #include <QImageWriter>
+#include <QProcess>
 
 #include <cstdio>
 #include <zip.h>
@@ -201,6 +202,35 @@ void webpSeeds()
             62));
 }
 
+// Small AVIF and JPEG XL pictures, lossless and lossy, made by avifenc and
+// cjxl, which scripts/setup installs with the libraries.
+void avifJxlSeeds(const QImage& page)
+{
+    const QString png = outDir + "/page.png";
+    page.save(png);
+    const struct
+    {
+        const char* target;
+        const char* name;
+        QStringList command;
+    } seeds[] = { { "fuzz_avif", "lossless.avif", { "avifenc", "-l", "-s", "10" } },
+        { "fuzz_avif", "lossy.avif", { "avifenc", "-s", "10", "-y", "420" } },
+        { "fuzz_jxl", "lossless.jxl", { "cjxl", "--quiet", "-d", "0" } },
+        { "fuzz_jxl", "lossy.jxl", { "cjxl", "--quiet", "-d", "2" } } };
+    for (const auto& seed : seeds) {
+        const QString output = outDir + "/made";
+        QProcess tool;
+        tool.start(seed.command.first(), seed.command.mid(1) << png << output);
+        tool.waitForFinished();
+        QFile file(output);
+        if (!file.open(QIODevice::ReadOnly))
+            std::fprintf(stderr, "fuzz_seeds: %s made nothing\n", qPrintable(seed.command.first()));
+        writeSeed(seed.target, seed.name, file.readAll());
+        file.remove();
+    }
+    QFile::remove(png);
+}
+
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -221,5 +251,6 @@ int main(int argc, char** argv)
     rarSeeds(pages);
     scriptSeeds();
     webpSeeds();
+    avifJxlSeeds(TestSupport::drawing(24, 32));
     return 0;
 }

@@ -36,20 +36,18 @@ inline QImage::Format formatFor(bool alpha)
 // Qt's question to a plug-in. The bytes decide where they can be seen without
 // consuming them, so that a PNG named like one of ours goes on to Qt's other
 // readers: Qt 5 would check with the handler's canRead(), Qt 4 would not.
-template <class Handler>
+template<class Handler>
 QImageIOPlugin::Capabilities capabilities(
     QIODevice* device, const QByteArray& format, const QByteArray& key)
 {
     if (!format.isEmpty() && format != key)
         return QImageIOPlugin::Capabilities();
     if (device && device->isOpen() && !device->isSequential())
-        return Handler::canRead(device) ? QImageIOPlugin::CanRead
-                                        : QImageIOPlugin::Capabilities();
+        return Handler::canRead(device) ? QImageIOPlugin::CanRead : QImageIOPlugin::Capabilities();
     return format.isEmpty() ? QImageIOPlugin::Capabilities() : QImageIOPlugin::CanRead;
 }
 
-template <class Handler>
-QImageIOHandler* create(QIODevice* device, const QByteArray& format)
+template<class Handler> QImageIOHandler* create(QIODevice* device, const QByteArray& format)
 {
     QImageIOHandler* handler = new Handler;
     handler->setDevice(device);

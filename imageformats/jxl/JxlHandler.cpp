@@ -15,7 +15,7 @@ using ImageFormatSupport::memoryLimit;
 
 namespace {
 
-const JxlPixelFormat rgba8 = {4, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
+const JxlPixelFormat rgba8 = { 4, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0 };
 
 // libjxl writes R, G, B, A bytes; QImage's 32-bit formats hold one native
 // 0xAARRGGBB word a pixel.
@@ -59,8 +59,8 @@ bool JxlHandler::canRead(QIODevice* device)
     if (!device)
         return false;
     const QByteArray head = device->peek(12);
-    const JxlSignature signature
-        = JxlSignatureCheck(reinterpret_cast<const uint8_t*>(head.constData()), size_t(head.size()));
+    const JxlSignature signature = JxlSignatureCheck(
+        reinterpret_cast<const uint8_t*>(head.constData()), size_t(head.size()));
     return signature == JXL_SIG_CODESTREAM || signature == JXL_SIG_CONTAINER;
 }
 
@@ -89,8 +89,8 @@ bool JxlHandler::readHeader() const
     if (JxlDecoderProcessInput(decoder) != JXL_DEC_BASIC_INFO
         || JxlDecoderGetBasicInfo(decoder, &info) != JXL_DEC_SUCCESS)
         return false;
-    headerValid = info.xsize > 0 && info.ysize > 0 && info.xsize <= 0x7fffffff
-        && info.ysize <= 0x7fffffff;
+    headerValid
+        = info.xsize > 0 && info.ysize > 0 && info.xsize <= 0x7fffffff && info.ysize <= 0x7fffffff;
     return headerValid;
 }
 
@@ -105,11 +105,16 @@ QSize JxlHandler::displaySize() const
 
 qint64 JxlHandler::decodingBytes() const
 {
+    // Sides of up to 2^30 each: past the limit in pixels alone, before the
+    // product below could overflow.
     const qint64 pixels = qint64(info.xsize) * info.ysize;
-    // libjxl keeps each channel as a plane of 32-bit floats, or of 32-bit
-    // integers for a lossless image, and converts the output from them.
-    const qint64 channels = info.num_color_channels + info.num_extra_channels;
-    return pixels * 4 * channels * 2 + pixels * 4;
+    if (pixels > memoryLimit)
+        return pixels;
+    // A lossless image is decoded into a plane of 32-bit integers a channel
+    // before the output is made from them (measured: 16 bytes a pixel for
+    // RGB); a lossy one works by groups and takes less.
+    const qint64 channels = info.num_color_channels + qMin(info.num_extra_channels, 256u);
+    return pixels * 5 * channels + pixels * 4;
 }
 
 bool JxlHandler::read(QImage* image)

@@ -3,8 +3,8 @@
 // reads its keys from jxl.json, Qt 4 asks keys() and checks the build key
 // that Q_EXPORT_PLUGIN2 stamps into the library.
 
-#include "JxlHandler.h"
 #include "ImageFormatSupport.h"
+#include "JxlHandler.h"
 
 #include <QStringList>
 

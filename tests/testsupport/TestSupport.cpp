@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLinearGradient>
 #include <QPainter>
 #include <QProcess>
 #include <QWidget>
@@ -232,6 +233,48 @@ QByteArray encode(const QImage& image, const char* format)
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, format);
     return bytes;
+}
+
+QImage drawing(int width, int height, const QColor& ink)
+{
+    QImage image = makePage(width, height, ink);
+    QPainter painter(&image);
+    QLinearGradient gradient(0, 0, width, height);
+    gradient.setColorAt(0, QColor(250, 200, 80));
+    gradient.setColorAt(1, QColor(40, 90, 200));
+    painter.fillRect(QRect(width / 8, height / 8, width / 2, height / 3), gradient);
+    painter.setPen(QPen(ink, 2));
+    for (int x = 0; x < width; x += 7)
+        painter.drawLine(x, height / 2, width - x, height - 1);
+    return image;
+}
+
+QImage translucent(int width, int height)
+{
+    QImage image = drawing(width, height).convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < height; ++y) {
+        QRgb* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < width; ++x)
+            line[x] = qRgba(qRed(line[x]), qGreen(line[x]), qBlue(line[x]), 255 * x / (width - 1));
+    }
+    return image;
+}
+
+double meanDifference(const QImage& a, const QImage& b)
+{
+    if (a.size() != b.size() || a.isNull())
+        return -1;
+    const QImage first = a.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage second = b.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    qint64 sum = 0;
+    for (int y = 0; y < first.height(); ++y) {
+        for (int x = 0; x < first.width(); ++x) {
+            const QRgb p = first.pixel(x, y), q = second.pixel(x, y);
+            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q))
+                + std::abs(qBlue(p) - qBlue(q)) + std::abs(qAlpha(p) - qAlpha(q));
+        }
+    }
+    return double(sum) / (4.0 * first.width() * first.height());
 }
 
 namespace {

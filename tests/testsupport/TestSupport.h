@@ -136,6 +136,15 @@ bool writeFile(const QString& path, const QByteArray& bytes);
 // placement can be checked on pixels.
 QImage makePage(int width, int height, const QColor& ink = Qt::black);
 QByteArray encode(const QImage& image, const char* format);
+// A page with gradients, ink and flat panels: enough detail that a lossy
+// decoder's error shows, and no two rows alike.
+QImage drawing(int width, int height, const QColor& ink = Qt::black);
+// The same drawing seen through a window whose opacity falls from left to right.
+QImage translucent(int width, int height);
+// The mean difference of corresponding channels, over premultiplied pixels
+// (so that colour under transparency, which an encoder may change, counts
+// for nothing); -1 when the sizes differ.
+double meanDifference(const QImage& a, const QImage& b);
 
 // A RAR 5 archive of stored (uncompressed) files, written by hand so that
 // tests can give any entry names: RAR 5 names are UTF-8 bytes, duplicates

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The WebP image plug-in over arbitrary bytes, read as the archives read an
-// entry: QImageReader on a buffer with the format named. The plug-in is
-// compiled in and imported statically. The first byte's low bit asks for a
-// decode at a third of the claimed size; the rest is the file.
+// A page-format plug-in over arbitrary bytes, read as the archives read an
+// entry: QImageReader on a buffer with the format named. FUZZ_FORMAT names the
+// format and FUZZ_PLUGIN the plug-in's class, compiled in and imported
+// statically. The first byte's low bit asks for a decode at a third of the
+// claimed size (by the plug-in where it can, else by Qt); the rest is the file.
 
 #include "FuzzSupport.h"
 
@@ -10,7 +11,9 @@
 #include <QImageReader>
 #include <QtPlugin>
 
-Q_IMPORT_PLUGIN(WebpPlugin)
+// Through a macro of our own, so that FUZZ_PLUGIN is expanded before Qt's pastes it.
+#define IMPORT_PLUGIN(name) Q_IMPORT_PLUGIN(name)
+IMPORT_PLUGIN(FUZZ_PLUGIN)
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
@@ -25,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     QBuffer buffer;
     buffer.setData(reinterpret_cast<const char*>(data + 1), int(size - 1));
     buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer, "webp");
+    QImageReader reader(&buffer, FUZZ_FORMAT);
     const QSize claimed = reader.size();
     QSize expected = claimed;
     if ((data[0] & 1) && claimed.isValid()) {
