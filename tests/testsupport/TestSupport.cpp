@@ -363,12 +363,11 @@ Tamber::Tamber(const QString& folder)
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
 }
 
-Tamber::Run Tamber::run(
-    const QStringList& arguments, const QByteArray& input, const QString& workingDirectory) const
+Tamber::Run Tamber::run(const QStringList& arguments, const QByteArray& input) const
 {
     QProcess process;
     process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(workingDirectory.isEmpty() ? m_folder : workingDirectory);
+    process.setWorkingDirectory(m_folder);
     process.start(binDir() + QStringLiteral("/tamber"), arguments);
     process.write(input);
     process.closeWriteChannel();

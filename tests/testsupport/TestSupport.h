@@ -192,8 +192,7 @@ public:
     };
 
     explicit Tamber(const QString& folder);
-    Run run(const QStringList& arguments, const QByteArray& input = QByteArray(),
-        const QString& workingDirectory = QString()) const;
+    Run run(const QStringList& arguments, const QByteArray& input = QByteArray()) const;
     QString library() const { return m_folder + QStringLiteral("/library.sqlite"); }
 
     QProcessEnvironment environment;
