@@ -307,15 +307,15 @@ QByteArray gifWithScreen(const QSize& screen)
             + bytesOf(qToLittleEndian(quint16(screen.height()))));
 }
 
-QByteArray pngHeaderOnly(const QSize& size)
+QByteArray pngHeaderOnly(const QSize& size, int depth)
 {
     const auto bigEndian32 = [](quint32 value) { return bytesOf(qToBigEndian(value)); };
     auto chunk = [&](const QByteArray& type, const QByteArray& data) {
         return bigEndian32(quint32(data.size())) + type + data + bigEndian32(crc32(type + data));
     };
     const QByteArray header = bigEndian32(quint32(size.width()))
-        + bigEndian32(quint32(size.height()))
-        + QByteArray("\x01\x00\x00\x00\x00", 5); // 1 bit, greyscale, no interlace
+        + bigEndian32(quint32(size.height())) + char(depth)
+        + QByteArray(4, '\0'); // greyscale, no interlace
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header)
         + chunk("IDAT", QByteArray("\x78\x9c", 2));
 }

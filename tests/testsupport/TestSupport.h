@@ -146,9 +146,9 @@ bool writeRar(const QString& path, const QList<ZipEntry>& entries);
 // decodes to the whole screen.
 QByteArray gifWithScreen(const QSize& screen);
 
-// The start of a one-bit greyscale PNG: its header claims the given size, its
-// pixel data is cut off, so it reports the size but never decodes.
-QByteArray pngHeaderOnly(const QSize& size);
+// The start of a greyscale PNG of depth bits a pixel: its header claims the
+// given size, its pixel data is cut off, so it reports the size but never decodes.
+QByteArray pngHeaderOnly(const QSize& size, int depth = 1);
 
 // The program's JSON output, read with a library that serves both Qts:
 // discarded when the text is no JSON; the value at a pointer such as
