@@ -14,21 +14,13 @@
 #include <QtEndian>
 
 #include <zip.h>
+#include <zlib.h>
 
 #include <cstdlib>
 
 #include <nlohmann/json.hpp>
 
 namespace TestSupport {
-
-QByteArray signatureOf(const QMetaMethod& method)
-{
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    return method.methodSignature();
-#else
-    return QByteArray(method.signature());
-#endif
-}
 
 QByteArray joined(const QList<QByteArray>& parts, char separator)
 {
@@ -38,14 +30,30 @@ QByteArray joined(const QList<QByteArray>& parts, char separator)
     return text;
 }
 
+QStringList methodsOf(const QMetaObject& meta)
+{
+    static const char* const accesses[] = { "private ", "protected ", "" };
+    static const char* const kinds[] = { "method", "signal", "slot", "constructor" };
+    QStringList methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const bool signal = method.methodType() == QMetaMethod::Signal;
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+        const QByteArray signature = method.methodSignature();
+#else
+        const QByteArray signature(method.signature());
+#endif
+        methods << (QString::fromLatin1(signal ? "" : accesses[method.access()])
+            + kinds[method.methodType()] + ' ' + signature + ' '
+            + joined(method.parameterNames(), ','))
+                       .trimmed();
+    }
+    return methods;
+}
+
 QColor pixelColor(const QImage& image, int x, int y)
 {
     return QColor::fromRgba(image.pixel(x, y));
-}
-
-QColor pixelColor(const QImage& image, const QPoint& point)
-{
-    return pixelColor(image, point.x(), point.y());
 }
 
 namespace {
@@ -238,13 +246,8 @@ namespace {
 
 quint32 crc32(const QByteArray& bytes)
 {
-    quint32 crc = 0xffffffff;
-    for (const char byte : bytes) {
-        crc ^= quint8(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ (0xedb88320 & (0u - (crc & 1)));
-    }
-    return ~crc;
+    return quint32(
+        ::crc32(0, reinterpret_cast<const Bytef*>(bytes.constData()), uInt(bytes.size())));
 }
 
 // A value's bytes in memory order: after qToLittleEndian or qToBigEndian, a

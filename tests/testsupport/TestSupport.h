@@ -73,14 +73,12 @@ private:
 };
 #endif
 
-// What the two Qts spell differently: a method's normalised signature, a
-// list of names joined, a pixel as a colour, a window on screen.
-QByteArray signatureOf(const QMetaMethod& method);
+// What the two Qts spell differently: a list of names joined, a pixel as a
+// colour, a window on screen.
 QByteArray joined(const QList<QByteArray>& parts, char separator);
 QColor pixelColor(const QImage& image, int x, int y);
 // A local date and time at offsetSeconds east of UTC.
 QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds);
-QColor pixelColor(const QImage& image, const QPoint& point);
 bool waitForWindowShown(QWidget* window);
 
 // Input events as the platform delivers them, at a time in milliseconds: a
@@ -101,6 +99,10 @@ inline QString debugLine(const QString& text)
 // An expected line of a trace, as this Qt writes it: a whole debug line,
 // {"debug":"..."}, takes the debug stream's ending blank under Qt 4.
 QByteArray traceLine(const QByteArray& expected);
+
+// The methods a class adds to its base, in order: each as its access unless
+// public (signals have none), kind, normalised signature and parameter names.
+QStringList methodsOf(const QMetaObject& meta);
 
 // The revision of the meta-objects moc writes: 6 is Qt 4.8's, as on the
 // device, and 8 is Qt 5.15's.
