@@ -5,7 +5,5 @@
 add_executable(peakrun peakrun/main.cpp)
 set_target_properties(peakrun PROPERTIES AUTOMOC OFF)
 
-find_package(ZLIB REQUIRED)
 tamber_add_test(tst_hostile tst_hostile.cpp LABELS app)
-target_link_libraries(tst_hostile PRIVATE ZLIB::ZLIB)
 add_dependencies(tst_hostile tamber-app comicsreader peakrun)

@@ -8,8 +8,6 @@
 #include "TestSupport.h"
 
 #include <QProcess>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QtTest>
 
 #include <nlohmann/json.hpp>
@@ -34,29 +32,18 @@ struct Stored
 
 Stored readLibrary(const QString& path, const QString& bookId)
 {
-    Stored stored;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "check");
-        db.setDatabaseName(path);
-        if (db.open()) {
-            QSqlQuery query(db);
-            if (query.exec(QStringLiteral("PRAGMA integrity_check")) && query.next())
-                stored.integrity = query.value(0).toString();
-            query.prepare(QStringLiteral("SELECT bookmarked_page_id FROM volumes WHERE id = ?"));
-            query.addBindValue(bookId);
-            if (query.exec() && query.next())
-                stored.position = query.value(0).toString();
-            query.prepare(
-                QStringLiteral("SELECT extra_data FROM dog_ears WHERE book_id = ? ORDER BY id"));
-            query.addBindValue(bookId);
-            query.exec();
-            while (query.next())
-                stored.dogEars << query.value(0).toString();
-        }
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("check"));
-    return stored;
+    QProcess sqlite;
+    sqlite.start(QStringLiteral("sqlite3"),
+        { path,
+            QStringLiteral(
+                "PRAGMA integrity_check; "
+                "SELECT coalesce((SELECT bookmarked_page_id FROM volumes WHERE id = '%1'), ''); "
+                "SELECT group_concat(extra_data, ' ') FROM "
+                "(SELECT extra_data FROM dog_ears WHERE book_id = '%1' ORDER BY id);")
+                .arg(bookId) });
+    sqlite.waitForFinished();
+    const QStringList lines = QString::fromUtf8(sqlite.readAllStandardOutput()).split('\n');
+    return { lines.value(0), lines.value(1), lines.value(2).split(' ', QtCompat::SkipEmptyParts) };
 }
 
 } // namespace

@@ -16,8 +16,6 @@
 #include <QProcess>
 #include <QtTest>
 
-#include <zlib.h>
-
 #if defined(__SANITIZE_ADDRESS__)
 #define TAMBER_ASAN 1
 #elif defined(__has_feature)
@@ -69,18 +67,6 @@ QByteArray jpegClaiming(const QSize& size)
     return jpeg;
 }
 
-// The start of an 8-bit greyscale PNG of that size: width × height bytes,
-// were it decoded.
-QByteArray greyPngHeader(const QSize& size)
-{
-    QByteArray png = TestSupport::pngHeaderOnly(size);
-    png[24] = 8; // the bit depth, after the signature, the chunk's length and type, and the size
-    const uLong crc = crc32(0, reinterpret_cast<const Bytef*>(png.constData() + 12), 17);
-    for (int i = 0; i < 4; ++i)
-        png[29 + i] = char((crc >> (8 * (3 - i))) & 0xff);
-    return png;
-}
-
 QString debugLine(const QString& text)
 {
     QString escaped = text;
@@ -119,133 +105,125 @@ void TestHostile::initTestCase()
 {
     QVERIFY(m_dir.isValid());
     m_png = TestSupport::encode(TestSupport::makePage(30, 40), "PNG");
-    const QString scratch = path(QStringLiteral("scratch.zip"));
-    const QByteArray onePage = zipBytes({ { "page.png", m_png } }, scratch);
-
-    QVERIFY(writeFile(path("claims-4GiB.cbz"), claimingSize(onePage, 0xfffffff0)));
-    QVERIFY(writeFile(path("claims-1GiB.cbz"), claimingSize(onePage, 1u << 30)));
-
-    QList<TestSupport::ZipEntry> many;
-    for (int i = 0; i < 100000; ++i)
-        many << TestSupport::ZipEntry(QByteArray::number(i).rightJustified(6, '0') + ".png", "");
-    QVERIFY(TestSupport::writeZip(path("many.cbz"), many));
-
-    QList<TestSupport::ZipEntry> names;
-    for (const QByteArray name : { "new\nline.png", "quote\".png", "'single'.png", "-dash.png",
-             "caf\xe9.png", "/absolute/page.png", "../../parent.png" })
-        names << TestSupport::ZipEntry(name, m_png);
-    QVERIFY(TestSupport::writeZip(path("names.cbz"), names));
-
     // Encrypted with the traditional PKWARE method, which libzip can decrypt.
     QVERIFY(writeFile(path("app/page.png"), m_png));
     QCOMPARE(QProcess::execute("zip",
                  QStringList {
                      "-q", "-j", "-P", "secret", path("encrypted.cbz"), path("app/page.png") }),
         0);
-
-    // Bytes go missing from the middle of the central directory; its end
-    // record stays and points past them.
-    const QByteArray threePages
-        = zipBytes({ { "1.png", m_png }, { "2.png", m_png }, { "3.png", m_png } }, scratch);
-    const int directory = threePages.indexOf("PK\x01\x02");
-    QVERIFY(
-        writeFile(path("truncated.cbz"), threePages.left(directory + 60) + threePages.right(22)));
-
-    const QByteArray hugeJpeg = jpegClaiming(QSize(65500, 65500));
-    QVERIFY(writeFile(path("huge.jpg"), hugeJpeg));
-    QVERIFY(writeFile(path("huge-jpeg.cbz"), zipBytes({ { "page.jpg", hugeJpeg } }, scratch)));
-    const QByteArray screenGif = TestSupport::gifWithScreen(QSize(16000, 16000));
-    QVERIFY(writeFile(path("screen.gif"), screenGif));
-    QVERIFY(writeFile(path("screen-gif.cbz"), zipBytes({ { "page.gif", screenGif } }, scratch)));
-    QVERIFY(writeFile(path("grey.png"), greyPngHeader(QSize(30000, 30000))));
-
-    QVERIFY(writeFile(path("unreadable.cbr"), QByteArray("Rar!\x1a\x07\x01\x00", 8) + "garbage"));
-    QVERIFY(writeFile(path("book.cbr"), "read by the stand-in"));
-
     // A folder of its own for tamber, where stand-in extractors can sit
     // beside it; the plug-in and libtamber come from the build.
-    QVERIFY(QDir().mkpath(path("app")));
     QVERIFY(QFile::copy(TestSupport::binDir() + "/tamber", path("app/tamber")));
 }
 
 void TestHostile::hostileFile_data()
 {
     QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("bytes"); // null: made by initTestCase
     QTest::addColumn<QByteArray>("script");
     QTest::addColumn<QByteArray>("extractor");
     QTest::addColumn<QStringList>("expected");
     QTest::addColumn<int>("seconds");
 
-    const QByteArray none;
-    const auto coverOf = [](const char* file) {
-        return QByteArray("import \"$DIR/") + file + "\"\ncover \"$DIR/" + file + "\"\n";
-    };
-    // A session of that script, with the stand-in extractor when one is given.
-    const auto row = [](const char* name, const QByteArray& script, const QStringList& expected,
+    // A session that imports the file, reads its cover and runs more, with
+    // the stand-in extractor when one is given.
+    const auto row = [](const char* name, const char* file, const QByteArray& bytes,
+                         const QStringList& expected, const QByteArray& more = QByteArray(),
                          const QByteArray& extractor = QByteArray(), int seconds = 20) {
-        QTest::newRow(name) << QStringList { "session", "$DIR/script" } << script << extractor
-                            << expected << seconds;
+        const QByteArray at = "\"$DIR/" + QByteArray(file) + "\"\n";
+        QTest::newRow(name) << QStringList { "session", "$DIR/script" } << QString(file) << bytes
+                            << "import " + at + "cover " + at + more << extractor << expected
+                            << seconds;
     };
+    const QString scratch = path(QStringLiteral("scratch.zip"));
+    const QByteArray onePage = zipBytes({ { "page.png", m_png } }, scratch);
     const QString noPages = QStringLiteral("{\"debug\":\"no comics found :  \\\"$DIR/%1\\\"\"}");
     const QStringList unread { unreadLine("page.png"), nullImage };
     const QStringList tooBig { debugLine("Image load error: \"Image too big to decode\""),
         nullImage };
 
-    row("an entry claiming 4 GiB is not read", coverOf("claims-4GiB.cbz"), unread);
-    row("an entry claiming 1 GiB is not read either", coverOf("claims-1GiB.cbz"), unread);
-    QTest::newRow("100,000 entries") << QStringList { "import", "$DIR/many.cbz" } << none << none
-                                     << QStringList { "many (100000 pages)" } << 120;
-    QByteArray turnEveryPage = "import \"$DIR/names.cbz\"\nopen \"$DIR/names.cbz\"\npaint\n";
+    row("an entry claiming 4 GiB is not read", "claims-4GiB.cbz", claimingSize(onePage, 0xfffffff0),
+        unread);
+    row("an entry claiming 1 GiB is not read either", "claims-1GiB.cbz",
+        claimingSize(onePage, 1u << 30), unread);
+    QList<TestSupport::ZipEntry> many;
+    for (int i = 0; i < 100000; ++i)
+        many << TestSupport::ZipEntry(QByteArray::number(i).rightJustified(6, '0') + ".png", "");
+    QTest::newRow("100,000 entries")
+        << QStringList { "import", "$DIR/many.cbz" } << "many.cbz" << zipBytes(many, scratch)
+        << QByteArray() << QByteArray() << QStringList { "many (100000 pages)" } << 120;
+    QList<TestSupport::ZipEntry> names;
+    for (const QByteArray name : { "new\nline.png", "quote\".png", "'single'.png", "-dash.png",
+             "caf\xe9.png", "/absolute/page.png", "../../parent.png" })
+        names << TestSupport::ZipEntry(name, m_png);
+    QByteArray turnEveryPage = "open \"$DIR/names.cbz\"\npaint\n";
     for (int i = 1; i < 7; ++i)
         turnEveryPage += "next\npaint\n";
-    row("names with line breaks, quotes, dashes, Latin-1, absolute and parent paths",
-        turnEveryPage + "save\nstate\n",
+    row("names with line breaks, quotes, dashes, Latin-1, absolute and parent paths", "names.cbz",
+        zipBytes(names, scratch),
         { "\"pageCount\":7", "\"bookmarkedPageId\":\"$DIR/names.cbz/quote\\\".png\"", "!{\"debug\"",
-            "!{\"error\"" });
-    row("an encrypted entry", coverOf("encrypted.cbz"), unread);
-    row("a truncated central directory", coverOf("truncated.cbz"),
+            "!{\"error\"" },
+        turnEveryPage + "save\nstate\n");
+    row("an encrypted entry", "encrypted.cbz", QByteArray(), unread);
+    // Bytes go missing from the middle of the central directory; its end
+    // record stays and points past them.
+    const QByteArray threePages
+        = zipBytes({ { "1.png", m_png }, { "2.png", m_png }, { "3.png", m_png } }, scratch);
+    const int directory = threePages.indexOf("PK\x01\x02");
+    row("a truncated central directory", "truncated.cbz",
+        threePages.left(directory + 60) + threePages.right(22),
         { "{\"debug\":\"ZIP OPEN ERROR:  ", noPages.arg("truncated.cbz") });
-    row("a JPEG claiming 65,500 x 65,500 pixels inside a comic",
-        coverOf("huge-jpeg.cbz") + "open \"$DIR/huge-jpeg.cbz\"\npaint\n",
-        { nullImage, debugLine("Couldn't figure out this file type!") });
-    row("a JPEG claiming 65,500 x 65,500 pixels as a single image", coverOf("huge.jpg"), tooBig);
+    const QByteArray hugeJpeg = jpegClaiming(QSize(65500, 65500));
+    row("a JPEG claiming 65,500 x 65,500 pixels inside a comic", "huge-jpeg.cbz",
+        zipBytes({ { "page.jpg", hugeJpeg } }, scratch),
+        { nullImage, debugLine("Couldn't figure out this file type!") },
+        "open \"$DIR/huge-jpeg.cbz\"\npaint\n");
+    row("a JPEG claiming 65,500 x 65,500 pixels as a single image", "huge.jpg", hugeJpeg, tooBig);
+    const QByteArray screenGif = TestSupport::gifWithScreen(QSize(16000, 16000));
     row("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, inside a comic",
-        coverOf("screen-gif.cbz"), { nullImage });
-    row("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, as a single image",
-        coverOf("screen.gif"), tooBig);
+        "screen-gif.cbz", zipBytes({ { "page.gif", screenGif } }, scratch), { nullImage });
+    row("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, as a single image", "screen.gif",
+        screenGif, tooBig);
     // Qt 5's PNG reader takes a scaled size, but decodes in full before it
-    // shrinks; Qt 4.8's takes none, and the page is refused unread.
+    // shrinks; Qt 4.8's takes none, and the page is refused unread. Eight bits
+    // a pixel: width × height bytes, were it decoded.
     QBuffer png;
-    png.setData(TestSupport::encode(TestSupport::makePage(8, 8), "PNG"));
+    png.setData(m_png);
     const bool pngScales = QImageReader(&png, "png").supportsOption(QImageIOHandler::ScaledSize);
-    row("a PNG over the budget, which the PNG reader cannot shrink in time", coverOf("grey.png"),
+    row("a PNG over the budget, which the PNG reader cannot shrink in time", "grey.png",
+        TestSupport::pngHeaderOnly(QSize(30000, 30000), 8),
         pngScales ? QStringList { "{\"debug\":\"Image too big, scaling to QSize(" } + tooBig
                   : QStringList {
                       debugLine("Image too big and scaling not supported, bailing!"), nullImage });
-    row("a RAR the extractor cannot read", coverOf("unreadable.cbr"),
-        { noPages.arg("unreadable.cbr") });
+    row("a RAR the extractor cannot read", "unreadable.cbr",
+        QByteArray("Rar!\x1a\x07\x01\x00", 8) + "garbage", { noPages.arg("unreadable.cbr") });
 
-    const QByteArray rar = coverOf("book.cbr");
+    const QByteArray rar = "read by the stand-in";
     const QByteArray listsOnePage = "case \"$1\" in vb) echo page.png; exit;; esac\n";
-    row("an extractor printing names endlessly", rar, { noPages.arg("book.cbr") },
-        "exec yes page.png", 60);
-    row("an extractor printing an entry endlessly", rar, { nullImage },
+    row("an extractor printing names endlessly", "book.cbr", rar, { noPages.arg("book.cbr") },
+        QByteArray(), "exec yes page.png", 60);
+    row("an extractor printing an entry endlessly", "book.cbr", rar, { nullImage }, QByteArray(),
         listsOnePage + "exec cat /dev/zero", 60);
-    row("an extractor dying part way through an entry", rar, { nullImage },
-        listsOnePage + "head -c 200 \"$(dirname \"$0\")/page.png\"; kill -SEGV $$");
-    row("an extractor hanging on an entry is abandoned after 30 s", rar, { nullImage },
-        listsOnePage + "exec sleep 600", 50);
+    row("an extractor dying part way through an entry", "book.cbr", rar, { nullImage },
+        QByteArray(), listsOnePage + "head -c 200 \"$(dirname \"$0\")/page.png\"; kill -SEGV $$");
+    row("an extractor hanging on an entry is abandoned after 30 s", "book.cbr", rar, { nullImage },
+        QByteArray(), listsOnePage + "exec sleep 600", 50);
 }
 
 void TestHostile::hostileFile()
 {
     QFETCH(QStringList, arguments);
+    QFETCH(QString, file);
+    QFETCH(QByteArray, bytes);
     QFETCH(QByteArray, script);
     QFETCH(QByteArray, extractor);
     QFETCH(QStringList, expected);
     QFETCH(int, seconds);
 
     const QString dir = m_dir.path();
+    if (!bytes.isNull())
+        QVERIFY(writeFile(path(file), bytes));
     QVERIFY(writeFile(path("script"), script.replace("$DIR", QFile::encodeName(dir))));
     arguments.replaceInStrings(QStringLiteral("$DIR"), dir);
     QString program = TestSupport::binDir() + QStringLiteral("/tamber");

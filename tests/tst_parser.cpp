@@ -141,19 +141,11 @@ void TestParser::metaObjectAsTheHostSeesIt()
     QCOMPARE(int(interface.d.data[0]), TestSupport::mocRevision());
     QCOMPARE(ComicsReaderParser::staticMetaObject.superClass(), &interface);
     QCOMPARE(ComicsReaderParser::staticMetaObject.methodCount(), interface.methodCount());
+    QCOMPARE(TestSupport::methodsOf(interface),
+        QStringList({ "signal volumeParsed(Volume&,bool,bool) volume,hasRights,isLoan",
+            "signal pageletParsed(Pagelet&) pagelet",
+            "signal imageParsed(Volume,QImage) volume,image" }));
     const int first = interface.methodOffset();
-    QCOMPARE(interface.methodCount() - first, 3);
-    const QList<QPair<QByteArray, QByteArray>> signals_ = {
-        { "volumeParsed(Volume&,bool,bool)", "volume,hasRights,isLoan" },
-        { "pageletParsed(Pagelet&)", "pagelet" },
-        { "imageParsed(Volume,QImage)", "volume,image" },
-    };
-    for (int i = 0; i < signals_.size(); ++i) {
-        const QMetaMethod method = interface.method(first + i);
-        QCOMPARE(TestSupport::signatureOf(method), signals_.at(i).first);
-        QCOMPARE(TestSupport::joined(method.parameterNames(), ','), signals_.at(i).second);
-        QCOMPARE(method.methodType(), QMetaMethod::Signal);
-    }
 
     ComicsReaderParser parser;
     QCOMPARE(parser.qt_metacast("ParserInterface"), static_cast<void*>(&parser));

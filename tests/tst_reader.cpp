@@ -177,20 +177,7 @@ void TestReader::methods()
     QCOMPARE(int(meta.d.data[0]), TestSupport::mocRevision());
     QCOMPARE(meta.superClass(), &QWidget::staticMetaObject);
     QCOMPARE(meta.propertyCount(), meta.propertyOffset());
-    // In order: a slot's access unless public, the kind, the signature and
-    // the parameters' names.
-    static const char* const accesses[] = { "private ", "protected ", "" };
-    static const char* const kinds[] = { "method", "signal", "slot", "constructor" };
-    QStringList methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        const QMetaMethod method = meta.method(i);
-        const bool signal = method.methodType() == QMetaMethod::Signal;
-        methods << (QString::fromLatin1(signal ? "" : accesses[method.access()])
-            + kinds[method.methodType()] + ' ' + TestSupport::signatureOf(method) + ' '
-            + TestSupport::joined(method.parameterNames(), ','))
-                       .trimmed();
-    }
-    QCOMPARE(methods,
+    QCOMPARE(TestSupport::methodsOf(meta),
         QStringList({
             "signal prevChapter()",
             "signal nextChapter()",
@@ -323,10 +310,10 @@ void TestReader::placement()
     for (const QString& item : expected.split(QStringLiteral("; "))) {
         const QStringList parts
             = QString(item).replace(QLatin1Char(','), QLatin1Char(' ')).split(QLatin1Char(' '));
-        const QPoint point(parts.at(0).toInt(), parts.at(1).toInt());
-        QVERIFY2(TestSupport::pixelColor(shot, point) == colours.at(parts.at(2)),
-            qPrintable(item + QStringLiteral(" expected, got ")
-                + TestSupport::pixelColor(shot, point).name()));
+        const QColor colour
+            = TestSupport::pixelColor(shot, parts.at(0).toInt(), parts.at(1).toInt());
+        QVERIFY2(colour == colours.at(parts.at(2)),
+            qPrintable(item + QStringLiteral(" expected, got ") + colour.name()));
     }
 }
 

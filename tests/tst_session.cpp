@@ -62,12 +62,14 @@ void TestSession::init()
     // 1072 x 1448 screen and as tall: zoomed 2 times, a page is as wide as the
     // screen and twice its height. Three has square pages; wide is a picture
     // wider than tall, broken one that is none; notes is a comic without images.
+    // Link is another way into the folder.
     QVERIFY(TestSupport::writeComic(path("ten.cbz"), 10, QSize(536, 1448)));
     QVERIFY(TestSupport::writeComic(path("one.cbz"), 1, QSize(536, 1448)));
     QVERIFY(TestSupport::writeComic(path("three.cbz"), 3, QSize(500, 500)));
     QVERIFY(TestSupport::makePage(300, 200).save(path("wide.png")));
     QVERIFY(TestSupport::writeFile(path("broken.png"), "not an image"));
     QVERIFY(TestSupport::writeZip(path("notes.cbz"), { { "a.txt", "x" } }));
+    QVERIFY(QFile::link(m_dir->path(), path("link")));
 }
 
 // Times from the start of the case on (those of the files it made, those

@@ -15,21 +15,13 @@
 #include <QtEndian>
 
 #include <zip.h>
+#include <zlib.h>
 
 #include <cstdlib>
 
 #include <nlohmann/json.hpp>
 
 namespace TestSupport {
-
-QByteArray signatureOf(const QMetaMethod& method)
-{
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    return method.methodSignature();
-#else
-    return QByteArray(method.signature());
-#endif
-}
 
 QByteArray joined(const QList<QByteArray>& parts, char separator)
 {
@@ -39,14 +31,30 @@ QByteArray joined(const QList<QByteArray>& parts, char separator)
     return text;
 }
 
+QStringList methodsOf(const QMetaObject& meta)
+{
+    static const char* const accesses[] = { "private ", "protected ", "" };
+    static const char* const kinds[] = { "method", "signal", "slot", "constructor" };
+    QStringList methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const bool signal = method.methodType() == QMetaMethod::Signal;
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+        const QByteArray signature = method.methodSignature();
+#else
+        const QByteArray signature(method.signature());
+#endif
+        methods << (QString::fromLatin1(signal ? "" : accesses[method.access()])
+            + kinds[method.methodType()] + ' ' + signature + ' '
+            + joined(method.parameterNames(), ','))
+                       .trimmed();
+    }
+    return methods;
+}
+
 QColor pixelColor(const QImage& image, int x, int y)
 {
     return QColor::fromRgba(image.pixel(x, y));
-}
-
-QColor pixelColor(const QImage& image, const QPoint& point)
-{
-    return pixelColor(image, point.x(), point.y());
 }
 
 namespace {
@@ -281,13 +289,8 @@ namespace {
 
 quint32 crc32(const QByteArray& bytes)
 {
-    quint32 crc = 0xffffffff;
-    for (const char byte : bytes) {
-        crc ^= quint8(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ (0xedb88320 & (0u - (crc & 1)));
-    }
-    return ~crc;
+    return quint32(
+        ::crc32(0, reinterpret_cast<const Bytef*>(bytes.constData()), uInt(bytes.size())));
 }
 
 // A value's bytes in memory order: after qToLittleEndian or qToBigEndian, a
@@ -350,15 +353,15 @@ QByteArray gifWithScreen(const QSize& screen)
             + bytesOf(qToLittleEndian(quint16(screen.height()))));
 }
 
-QByteArray pngHeaderOnly(const QSize& size)
+QByteArray pngHeaderOnly(const QSize& size, int depth)
 {
     const auto bigEndian32 = [](quint32 value) { return bytesOf(qToBigEndian(value)); };
     auto chunk = [&](const QByteArray& type, const QByteArray& data) {
         return bigEndian32(quint32(data.size())) + type + data + bigEndian32(crc32(type + data));
     };
     const QByteArray header = bigEndian32(quint32(size.width()))
-        + bigEndian32(quint32(size.height()))
-        + QByteArray("\x01\x00\x00\x00\x00", 5); // 1 bit, greyscale, no interlace
+        + bigEndian32(quint32(size.height())) + char(depth)
+        + QByteArray(4, '\0'); // greyscale, no interlace
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header)
         + chunk("IDAT", QByteArray("\x78\x9c", 2));
 }
@@ -406,12 +409,11 @@ Tamber::Tamber(const QString& folder)
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
 }
 
-Tamber::Run Tamber::run(
-    const QStringList& arguments, const QByteArray& input, const QString& workingDirectory) const
+Tamber::Run Tamber::run(const QStringList& arguments, const QByteArray& input) const
 {
     QProcess process;
     process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(workingDirectory.isEmpty() ? m_folder : workingDirectory);
+    process.setWorkingDirectory(m_folder);
     process.start(binDir() + QStringLiteral("/tamber"), arguments);
     process.write(input);
     process.closeWriteChannel();

@@ -73,14 +73,12 @@ private:
 };
 #endif
 
-// What the two Qts spell differently: a method's normalised signature, a
-// list of names joined, a pixel as a colour, a window on screen.
-QByteArray signatureOf(const QMetaMethod& method);
+// What the two Qts spell differently: a list of names joined, a pixel as a
+// colour, a window on screen.
 QByteArray joined(const QList<QByteArray>& parts, char separator);
 QColor pixelColor(const QImage& image, int x, int y);
 // A local date and time at offsetSeconds east of UTC.
 QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds);
-QColor pixelColor(const QImage& image, const QPoint& point);
 bool waitForWindowShown(QWidget* window);
 
 // Input events as the platform delivers them, at a time in milliseconds: a
@@ -101,6 +99,10 @@ inline QString debugLine(const QString& text)
 // An expected line of a trace, as this Qt writes it: a whole debug line,
 // {"debug":"..."}, takes the debug stream's ending blank under Qt 4.
 QByteArray traceLine(const QByteArray& expected);
+
+// The methods a class adds to its base, in order: each as its access unless
+// public (signals have none), kind, normalised signature and parameter names.
+QStringList methodsOf(const QMetaObject& meta);
 
 // The revision of the meta-objects moc writes: 6 is Qt 4.8's, as on the
 // device, and 8 is Qt 5.15's.
@@ -155,9 +157,9 @@ bool writeRar(const QString& path, const QList<ZipEntry>& entries);
 // decodes to the whole screen.
 QByteArray gifWithScreen(const QSize& screen);
 
-// The start of a one-bit greyscale PNG: its header claims the given size, its
-// pixel data is cut off, so it reports the size but never decodes.
-QByteArray pngHeaderOnly(const QSize& size);
+// The start of a greyscale PNG of depth bits a pixel: its header claims the
+// given size, its pixel data is cut off, so it reports the size but never decodes.
+QByteArray pngHeaderOnly(const QSize& size, int depth = 1);
 
 // The program's JSON output, read with a library that serves both Qts:
 // discarded when the text is no JSON; the value at a pointer such as
@@ -201,8 +203,7 @@ public:
     };
 
     explicit Tamber(const QString& folder);
-    Run run(const QStringList& arguments, const QByteArray& input = QByteArray(),
-        const QString& workingDirectory = QString()) const;
+    Run run(const QStringList& arguments, const QByteArray& input = QByteArray()) const;
     QString library() const { return m_folder + QStringLiteral("/library.sqlite"); }
 
     QProcessEnvironment environment;
