@@ -2,11 +2,8 @@
 /* Hidden stand-ins for what Debian's glibc 2.36 and GCC 12 would import from
  * glibc versions newer than the device's (2.15 to 2.19): linked into every
  * armhf program and library, they keep those imports out. */
-#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <pthread.h>
-#include <sched.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
@@ -85,9 +82,8 @@ HIDDEN uint32_t arc4random(void)
     return value;
 }
 
-/* dav1d's threads and libjxl's maths: 2.27 to 2.35 gave these new versions
- * (the maths a faster implementation, the threads a move from libpthread and
- * libdl into libc). The device has them under the ARM baseline, 2.4. */
+/* libjxl's maths: 2.27 to 2.29 gave these new versions, a faster
+ * implementation. The device has them under the ARM baseline, 2.4. */
 #define BASELINE(name) __asm__(".symver __baseline_" #name "," #name "@GLIBC_2.4")
 
 float __baseline_powf(float, float);
@@ -108,53 +104,3 @@ HIDDEN float log2f(float x) { return __baseline_log2f(x); }
 HIDDEN float hypotf(float x, float y) { return __baseline_hypotf(x, y); }
 HIDDEN double exp(double x) { return __baseline_exp(x); }
 HIDDEN double pow(double x, double y) { return __baseline_pow(x, y); }
-
-int __baseline_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-int __baseline_pthread_join(pthread_t, void**);
-int __baseline_pthread_once(pthread_once_t*, void (*)(void));
-int __baseline_pthread_attr_setstacksize(pthread_attr_t*, size_t);
-int __baseline_pthread_getaffinity_np(pthread_t, size_t, cpu_set_t*);
-void* __baseline_dlsym(void*, const char*);
-BASELINE(pthread_create);
-BASELINE(pthread_join);
-BASELINE(pthread_once);
-BASELINE(pthread_attr_setstacksize);
-BASELINE(pthread_getaffinity_np);
-BASELINE(dlsym);
-HIDDEN int pthread_create(pthread_t* thread, const pthread_attr_t* attr, void* (*start)(void*), void* arg)
-{
-    return __baseline_pthread_create(thread, attr, start, arg);
-}
-HIDDEN int pthread_join(pthread_t thread, void** result) { return __baseline_pthread_join(thread, result); }
-HIDDEN int pthread_once(pthread_once_t* once, void (*init)(void)) { return __baseline_pthread_once(once, init); }
-HIDDEN int pthread_attr_setstacksize(pthread_attr_t* attr, size_t size)
-{
-    return __baseline_pthread_attr_setstacksize(attr, size);
-}
-HIDDEN int pthread_getaffinity_np(pthread_t thread, size_t size, cpu_set_t* set)
-{
-    return __baseline_pthread_getaffinity_np(thread, size, set);
-}
-HIDDEN void* dlsym(void* handle, const char* name) { return __baseline_dlsym(handle, name); }
-
-/* 2.16: dav1d asks for AT_HWCAP to choose its NEON code. The kernel's
- * auxiliary vector, from /proc. */
-HIDDEN unsigned long getauxval(unsigned long type)
-{
-    unsigned long entry[2], value = 0;
-    int found = 0;
-    const int fd = open("/proc/self/auxv", O_RDONLY | O_CLOEXEC);
-    if (fd >= 0) {
-        while (read(fd, entry, sizeof entry) == (ssize_t)sizeof entry && entry[0] != 0) {
-            if (entry[0] == type) {
-                value = entry[1];
-                found = 1;
-                break;
-            }
-        }
-        close(fd);
-    }
-    if (!found)
-        errno = ENOENT;
-    return value;
-}

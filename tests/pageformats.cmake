@@ -3,3 +3,6 @@
 # The suite makes its files with the formats' own tools and checks against
 # their decoders.
 tamber_add_test(tst_pageformats tst_pageformats.cpp LABELS archive)
+if(TARGET qavif)
+  target_compile_definitions(tst_pageformats PRIVATE TAMBER_HAS_AVIF)
+endif()

@@ -73,7 +73,7 @@ $readelf -l "$unrar" | grep -q INTERP && fail "the extractor names a program int
 
 doc=$scratch/root/share/doc/tamber-comics
 [ -s "$doc/LICENSE" ] || fail "the package holds no LICENSE"
-for library in zlib libzip libwebp dav1d jpeg-xl highway brotli libarchive xz-utils musl; do
+for library in zlib libzip libwebp jpeg-xl highway brotli libarchive xz-utils musl; do
   grep -q "^$library\b.*: .*\(in\|of\) the" "$doc/THIRD-PARTY-NOTICES" 2>/dev/null \
     || fail "the package holds no notice of $library, which it links statically"
 done
