@@ -5,9 +5,10 @@
 #
 #   lib/tamber/unrar                       the RAR extractor
 #   lib/tamber/plugins/libcomicsreader.so  the plug-in
-#   lib/tamber/imageformats/libqwebp.so    Qt image plug-ins for page formats
-#                                          the device's Qt lacks, where its Qt
-#                                          looks: the application's folder
+#   lib/tamber/imageformats/libq*.so       Qt image plug-ins for page formats
+#                                          the device's Qt lacks (WebP, JPEG XL),
+#                                          where its Qt looks: the
+#                                          application's folder
 #   share/doc/tamber-comics/LICENSE        the project's licence
 #   share/doc/tamber-comics/THIRD-PARTY-NOTICES
 #                                          the notices of the libraries that

@@ -10,9 +10,9 @@
 #   lib/tamber/tamber                      the host program
 #   lib/tamber/unrar                       the RAR extractor
 #   lib/tamber/plugins/libcomicsreader.so  the plug-in
-#   lib/tamber/imageformats/libqwebp.so    Qt image plug-ins for page formats
-#                                          Qt lacks, where Qt looks beside the
-#                                          program
+#   lib/tamber/imageformats/libq*.so       Qt image plug-ins for page formats
+#                                          Qt lacks (WebP, AVIF, JPEG XL), where
+#                                          Qt looks beside the program
 #   lib/libtamber.so.0                     the host library
 #   share/man/man1/tamber.1                the manual page
 #   share/doc/tamber/copyright             the licence, in Debian's format

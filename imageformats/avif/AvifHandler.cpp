@@ -107,7 +107,7 @@ QSize AvifHandler::displaySize() const
     if (!readHeader())
         return QSize();
     const QSize size(int(decoder->image->width), int(decoder->image->height));
-    return quarterTurns(decoder->image) % 2 ? size.transposed() : size;
+    return quarterTurns(decoder->image) % 2 ? QSize(size.height(), size.width()) : size;
 }
 
 qint64 AvifHandler::decodingBytes() const

@@ -100,7 +100,7 @@ QSize JxlHandler::displaySize() const
         return QSize();
     const QSize size(int(info.xsize), int(info.ysize));
     // Orientations 5 to 8 turn the image a quarter.
-    return info.orientation > JXL_ORIENT_ROTATE_180 ? size.transposed() : size;
+    return info.orientation > JXL_ORIENT_ROTATE_180 ? QSize(size.height(), size.width()) : size;
 }
 
 qint64 JxlHandler::decodingBytes() const

@@ -16,8 +16,9 @@
 #    from the unpacked application folder: it loads the unpacked plug-in with
 #    Qt's own loader and opens the shared RAR sample, whose pages come from the
 #    unpacked extractor beside it, and a comic of WebP pages made here from the
-#    sample's, which Qt reads through the unpacked image plug-in, and a 7z
-#    comic of LZMA2 named .cbr, which the unpacked extractor reads.
+#    sample's, which Qt reads through the unpacked image plug-in, the same
+#    in JPEG XL, and a 7z comic of LZMA2 named .cbr, which the unpacked
+#    extractor reads.
 set -euo pipefail
 build=$1 host=$2 samples=$3
 baseline=2.11
@@ -98,6 +99,15 @@ if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
   done
   (cd "$scratch/webp" && zip -q ../webp.cbz ./*.webp)
   open_book "$scratch/webp.cbz" "a WebP comic" '\.webp'
+
+  # JPEG XL pages, the sample's JPEGs recompressed without loss: the JPEG XL plug-in.
+  mkdir "$scratch/jxl"
+  for page in "$scratch"/webp/*.jpg; do
+    name=$(basename "${page%.jpg}")
+    cjxl --quiet "$page" "$scratch/jxl/$name.jxl"
+  done
+  (cd "$scratch/jxl" && zip -q ../jxl.cbz ./*.jxl)
+  open_book "$scratch/jxl.cbz" "a JPEG XL comic" '\.jxl'
 
   # A 7z book named .cbr, LZMA2 as 7-Zip makes them: the extractor's liblzma.
   (cd "$scratch/webp" && 7zz a -bd -t7z -m0=lzma2 ../lzma2.cbr ./*.jpg >/dev/null)
