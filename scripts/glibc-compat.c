@@ -104,3 +104,25 @@ HIDDEN float log2f(float x) { return __baseline_log2f(x); }
 HIDDEN float hypotf(float x, float y) { return __baseline_hypotf(x, y); }
 HIDDEN double exp(double x) { return __baseline_exp(x); }
 HIDDEN double pow(double x, double y) { return __baseline_pow(x, y); }
+
+/* 2.16: highway asks for AT_HWCAP to choose its code. The kernel's
+ * auxiliary vector, from /proc. */
+HIDDEN unsigned long getauxval(unsigned long type)
+{
+    unsigned long entry[2], value = 0;
+    int found = 0;
+    const int fd = open("/proc/self/auxv", O_RDONLY | O_CLOEXEC);
+    if (fd >= 0) {
+        while (read(fd, entry, sizeof entry) == (ssize_t)sizeof entry && entry[0] != 0) {
+            if (entry[0] == type) {
+                value = entry[1];
+                found = 1;
+                break;
+            }
+        }
+        close(fd);
+    }
+    if (!found)
+        errno = ENOENT;
+    return value;
+}
