@@ -1,15 +1,23 @@
 // SPDX-License-Identifier: MIT
 // The work whose instructions scripts/bench-instructions counts under QEMU:
 // page turns in the reading view, or the mandated steps of showing the same
-// pages, after the same setup. A run that only sets up gives what the
-// counts of the other two have in common.
+// pages, after the same setup; or decodes of one page file. A run that only
+// sets up, or only loads the file, gives what the counts of the others have
+// in common.
 //
 //   bench-count --workload=DIR --work=setup|turn|steps [--pages=N]
+//   bench-count --workload=DIR --work=source --out=DIR
+//   bench-count --work=load|decode --image=FILE [--pages=N]
 //
 // Setup: the comic imported, a view of the screen's size opened on page 1
 // and painted, and the comic opened for the steps, page 1 shown by them
 // too. Then N pages from page 2 on, each turned to and painted, or each
 // inflated, decoded, scaled and drawn.
+//
+// Source writes the comic's page 1 as stored (page.jpg) and decoded
+// (page.png), from which the script makes the same page in other formats.
+// Load reads FILE into memory; decode then decodes it N times through
+// QImageReader, the format named by FILE's suffix.
 
 #include "BenchEnvironment.h"
 #include "BenchLibrary.h"
@@ -19,6 +27,11 @@
 #include "ReaderWindow.h"
 #include "Workload.h"
 
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
 #include <QStringList>
 
 #include <cstdio>
@@ -37,6 +50,51 @@ QString option(const QStringList& arguments, const QString& name)
     return QString();
 }
 
+// Reads the file, and for --work=decode decodes it pages times.
+int decodeImage(const QString& path, bool decode, int pages)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "bench-count: cannot read %s\n", qPrintable(path));
+        return 2;
+    }
+    QByteArray bytes = file.readAll();
+    const QByteArray format = QFileInfo(path).suffix().toLatin1();
+    if (!QImageReader::supportedImageFormats().contains(format)) {
+        std::fprintf(stderr, "bench-count: no %s image plug-in\n", format.constData());
+        return 3;
+    }
+    for (int page = 0; page < pages && decode; ++page) {
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        if (QImageReader(&buffer, format).read().isNull()) {
+            std::fprintf(stderr, "bench-count: %s did not decode\n", qPrintable(path));
+            return 1;
+        }
+    }
+    std::printf("%s %d\n", decode ? "decode" : "load", decode ? pages : 0);
+    return 0;
+}
+
+// The comic's page 1 as stored and decoded, in dir.
+int writeSource(const Workload& workload, const QString& dir)
+{
+    QDir().mkpath(dir);
+    MandatedSteps steps(workload.comic(), screen);
+    const QByteArray bytes = steps.inflate(Workload::pageName(0));
+    QFile jpeg(dir + QStringLiteral("/page.jpg"));
+    const bool written = jpeg.open(QIODevice::WriteOnly) && jpeg.write(bytes) == bytes.size();
+    jpeg.close();
+    if (!written
+        || !MandatedSteps::decode(bytes)
+                .convertToFormat(QImage::Format_RGB32)
+                .save(dir + QStringLiteral("/page.png"), "png")) {
+        std::fprintf(stderr, "bench-count: cannot write page 1 in %s\n", qPrintable(dir));
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -49,15 +107,20 @@ int main(int argc, char** argv)
     const QStringList arguments = QCoreApplication::arguments();
     const QString work = option(arguments, QStringLiteral("work"));
     const int pages = qMax(1, option(arguments, QStringLiteral("pages")).toInt());
+    if (work == QLatin1String("load") || work == QLatin1String("decode"))
+        return decodeImage(
+            option(arguments, QStringLiteral("image")), work == QLatin1String("decode"), pages);
     Workload workload;
     QString error;
     if (!Workload::load(option(arguments, QStringLiteral("workload")), &workload, &error)) {
         std::fprintf(stderr, "bench-count: %s\n", qPrintable(error));
         return 2;
     }
+    if (work == QLatin1String("source"))
+        return writeSource(workload, option(arguments, QStringLiteral("out")));
     if (work != QLatin1String("setup") && work != QLatin1String("turn")
         && work != QLatin1String("steps")) {
-        std::fprintf(stderr, "bench-count: --work=setup|turn|steps\n");
+        std::fprintf(stderr, "bench-count: --work=setup|turn|steps|source|load|decode\n");
         return 2;
     }
     if (pages >= workload.comicPages) {

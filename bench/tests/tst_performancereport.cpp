@@ -128,7 +128,11 @@ void TestPerformanceReport::armCountsInTheDevicesColumn()
     QVERIFY(counts.open(QIODevice::WriteOnly));
     counts.write("{\"context\": {\"date\": \"2025-01-01T00:00:00\"}, \"benchmarks\": "
                  "[{\"name\": \"arm/page_turn_instructions\", \"ours\": 300500000, "
-                 "\"reference\": 300000000, \"ratio\": 1.001667}]}");
+                 "\"reference\": 300000000, \"ratio\": 1.001667}, "
+                 "{\"name\": \"arm/decode_avif_instructions\", \"error_occurred\": true, "
+                 "\"error_message\": \"not counted: the armhf build has no libqavif.so\"}, "
+                 "{\"name\": \"arm/decode_jxl_instructions\", \"ours\": 90000000, "
+                 "\"reference\": 60000000, \"ratio\": 1.5}]}");
     counts.close();
     PerformanceReport report;
     QString error;
@@ -141,6 +145,17 @@ void TestPerformanceReport::armCountsInTheDevicesColumn()
     QCOMPARE(arm->cells.at(1).ours, QStringLiteral("300,500,000 instructions a turn"));
     QCOMPARE(arm->cells.at(1).ratio, QStringLiteral("1.0017 ×"));
     QCOMPARE(arm->cells.at(1).verdict, QStringLiteral("met"));
+    // A format the ARM build cannot decode says why, with no figures.
+    const PerformanceReport::Row* avif = rowOf(rows, "instructions of decoding");
+    QVERIFY(avif);
+    QVERIFY(avif->cells.at(1).ours.isEmpty());
+    QCOMPARE(avif->cells.at(1).verdict,
+        QStringLiteral("not counted: the armhf build has no libqavif.so"));
+    const PerformanceReport::Row* jxl = rowOf(rows, "the same, the page made JPEG XL");
+    QVERIFY(jxl);
+    QCOMPARE(jxl->cells.at(1).ours, QStringLiteral("90,000,000 instructions a page"));
+    QCOMPARE(jxl->cells.at(1).reference, QStringLiteral("60,000,000 instructions (JPEG)"));
+    QCOMPARE(jxl->cells.at(1).ratio, QStringLiteral("1.50 ×"));
     QVERIFY(report.markdown(QString(), QString()).contains(QStringLiteral("run of 2026-01-01")));
 }
 
