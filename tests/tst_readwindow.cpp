@@ -26,17 +26,13 @@ QByteArray xdotool(const QStringList& arguments)
 {
     QProcess process;
     process.start(QStringLiteral("xdotool"), arguments);
-    if (!process.waitForFinished(15000)) {
-        process.kill();
-        process.waitForFinished();
-        return QByteArray();
-    }
-    const QByteArray out = process.readAllStandardOutput();
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+    if (!process.waitForFinished(15000) || process.exitStatus() != QProcess::NormalExit
+        || process.exitCode() != 0) {
         qWarning("xdotool %s failed: %s", qPrintable(arguments.join(' ')),
             process.readAllStandardError().constData());
         return QByteArray();
     }
+    const QByteArray out = process.readAllStandardOutput();
     return out.isNull() ? QByteArray("") : out;
 }
 
