@@ -181,16 +181,13 @@ void TestGestures::recognizers()
     QFETCH(QString, script);
     QFETCH(QString, results);
 
-    std::unique_ptr<QGestureRecognizer> recognizer;
-    if (gesture == QLatin1String("tap"))
-        recognizer = std::make_unique<TapGestureRecognizer>();
-    else if (gesture == QLatin1String("swipe"))
-        recognizer = std::make_unique<SwipeGestureRecognizer>();
-    else if (gesture == QLatin1String("drag"))
-        recognizer = std::make_unique<DragGestureRecognizer>();
-    else
-        recognizer = std::make_unique<PinchGestureRecognizer>();
-    QCOMPARE(recognize(recognizer.get(), script), results);
+    TapGestureRecognizer tap;
+    SwipeGestureRecognizer swipe;
+    DragGestureRecognizer drag;
+    PinchGestureRecognizer pinch;
+    const std::map<QString, QGestureRecognizer*> recognizers { { "tap", &tap }, { "swipe", &swipe },
+        { "drag", &drag }, { "pinch", &pinch } };
+    QCOMPARE(recognize(recognizers.at(gesture), script), results);
 }
 
 void TestGestures::swipeReachesTheDelegateOnceOver()

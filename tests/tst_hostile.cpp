@@ -67,11 +67,10 @@ QByteArray jpegClaiming(const QSize& size)
     return jpeg;
 }
 
+// The texts here hold quotes but no backslashes.
 QString debugLine(const QString& text)
 {
-    QString escaped = text;
-    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-    escaped.replace(QLatin1Char('"'), QLatin1String("\\\""));
+    const QString escaped = QString(text).replace(QLatin1Char('"'), QLatin1String("\\\""));
     return QStringLiteral("{\"debug\":\"%1\"}").arg(escaped);
 }
 

@@ -229,9 +229,9 @@ void TestLibrary::traceValuesHaveTheirJsonShape()
 {
     // In UTC whatever the zone tamber runs in, where the sessions' times are
     // told apart from those of the samples.
-    QCOMPARE(TraceJson::value(
-                 TestSupport::dateTimeAtOffset(QDate(2026, 11, 21), QTime(10, 30, 0, 5), 3600)),
-        QByteArray("\"2026-11-21T09:30:00.005Z\""));
+    const QDateTime anHourEast
+        = QDateTime::fromString(QStringLiteral("2026-11-21T10:30:00.005+01:00"), Qt::ISODate);
+    QCOMPARE(TraceJson::value(anHourEast), QByteArray("\"2026-11-21T09:30:00.005Z\""));
     QCOMPARE(QString::fromUtf8(TraceJson::value(QStringLiteral("\"Ça\"\n"))),
         QString::fromUtf8("\"\\\"Ça\\\"\\n\""));
 }

@@ -67,11 +67,10 @@ void TestRarArchiveStandIns::listingAndEntry_data()
     row("output ends at the first NUL", "printf 'a.png\\nb.png\\0c.png\\n'", { "a.png", "b.png" });
     row("crash after printing names", "echo a.png; kill -SEGV $$", {});
     row("a listing's exit status is ignored", "printf a.png; exit 3", { "a.png" });
-    // Asked for a page, these print it; they list nothing, one empty name.
+    // Asked for a page, it prints it; it lists nothing, one empty name.
+    // One dying part way through an entry is tst_hostile's.
     row("an entry's exit status is ignored", "[ \"$1\" = p ] && cat \"$here/page.png\"; exit 1",
         { "" }, true);
-    row("exits part way through an entry", "[ \"$1\" = p ] && head -c 99 \"$here/page.png\"",
-        { "" });
 }
 
 void TestRarArchiveStandIns::listingAndEntry()

@@ -310,8 +310,7 @@ void TestReader::placement()
     for (const QString& item : expected.split(QStringLiteral("; "))) {
         const QStringList parts
             = QString(item).replace(QLatin1Char(','), QLatin1Char(' ')).split(QLatin1Char(' '));
-        const QColor colour
-            = TestSupport::pixelColor(shot, parts.at(0).toInt(), parts.at(1).toInt());
+        const QColor colour(shot.pixel(parts.at(0).toInt(), parts.at(1).toInt()));
         QVERIFY2(colour == colours.at(parts.at(2)),
             qPrintable(item + QStringLiteral(" expected, got ") + colour.name()));
     }
@@ -325,19 +324,19 @@ void TestReader::samePageNeitherDecodesNorFills()
 
     QImage shot = paint(view, Qt::red);
     QCOMPARE(decodes, 1);
-    QCOMPARE(TestSupport::pixelColor(shot, 0, 0), white);
+    QCOMPARE(QColor(shot.pixel(0, 0)), white);
 
     // The margin keeps whatever lay under the view: no fill this time.
     shot = paint(view, Qt::red);
     QCOMPARE(decodes, 1);
-    QCOMPARE(TestSupport::pixelColor(shot, 0, 0), QColor(Qt::red));
-    QCOMPARE(TestSupport::pixelColor(shot, 100, 150), ink);
+    QCOMPARE(QColor(shot.pixel(0, 0)), QColor(Qt::red));
+    QCOMPARE(QColor(shot.pixel(100, 150)), ink);
 
     view->setPage(1);
     shot = paint(view, Qt::red);
     QCOMPARE(decodes, 2);
-    QCOMPARE(TestSupport::pixelColor(shot, 0, 0), white);
-    QCOMPARE(TestSupport::pixelColor(shot, 100, 150), QColor(Qt::green));
+    QCOMPARE(QColor(shot.pixel(0, 0)), white);
+    QCOMPARE(QColor(shot.pixel(100, 150)), QColor(Qt::green));
 
     // A zoom or orientation change prepares the page again.
     view->zoomController()->setZoomFactor(1.5);
@@ -348,9 +347,9 @@ void TestReader::samePageNeitherDecodesNorFills()
 
     // A page with transparency shows on white, and the same on every paint.
     view->setPage(2);
-    const QColor grey = TestSupport::pixelColor(paint(view, Qt::red), 50, 150);
+    const QColor grey(paint(view, Qt::red).pixel(50, 150));
     QVERIFY2(qAbs(grey.red() - 127) <= 1 && grey.green() == grey.red(), qPrintable(grey.name()));
-    QCOMPARE(TestSupport::pixelColor(paint(view, Qt::red), 50, 150), grey);
+    QCOMPARE(QColor(paint(view, Qt::red).pixel(50, 150)), grey);
 }
 
 void TestReader::panIsClampedKeptAndRepaintedOnlyOnChange()
@@ -369,12 +368,12 @@ void TestReader::panIsClampedKeptAndRepaintedOnlyOnChange()
     view->panY = -40;
     QImage shot = paint(view, Qt::green);
     QCOMPARE(QPoint(view->panX, view->panY), QPoint(200, 0));
-    QCOMPARE(TestSupport::pixelColor(shot, 10, 0), ink);
-    QCOMPARE(TestSupport::pixelColor(shot, 199, 299), ink);
+    QCOMPARE(QColor(shot.pixel(10, 0)), ink);
+    QCOMPARE(QColor(shot.pixel(199, 299)), ink);
     view->panX = 100;
     shot = paint(view, Qt::green);
-    QCOMPARE(TestSupport::pixelColor(shot, 90, 150), QColor(Qt::red));
-    QCOMPARE(TestSupport::pixelColor(shot, 110, 150), ink);
+    QCOMPARE(QColor(shot.pixel(90, 150)), QColor(Qt::red));
+    QCOMPARE(QColor(shot.pixel(110, 150)), ink);
 
     // Moving the finger left and up moves the view toward the page's right
     // and bottom, repainting at once, and no further than the page goes.

@@ -43,14 +43,7 @@ private:
     QDateTime m_started;
 };
 
-namespace {
-
-QString sessionsDir()
-{
-    return QStringLiteral(TAMBER_TESTS_SOURCE_DIR "/sessions/");
-}
-
-} // namespace
+static const QString sessionsDir = QStringLiteral(TAMBER_TESTS_SOURCE_DIR "/sessions/");
 
 void TestSession::init()
 {
@@ -111,7 +104,7 @@ QByteArray TestSession::session(const QStringList& arguments, const QByteArray& 
 // The script with its folders filled in.
 QByteArray TestSession::script(const QString& name) const
 {
-    QByteArray text = TestSupport::readFile(sessionsDir() + name);
+    QByteArray text = TestSupport::readFile(sessionsDir + name);
     text.replace("$SAMPLES", TestSupport::samplesDir().toUtf8());
     text.replace("$TMP", m_dir->path().toUtf8());
     return text;
@@ -122,7 +115,7 @@ void TestSession::traceMatchesExpected_data()
     QTest::addColumn<QString>("name");
 
     const QStringList scripts
-        = QDir(sessionsDir()).entryList({ "*.script" }, QDir::Files, QDir::Name);
+        = QDir(sessionsDir).entryList({ "*.script" }, QDir::Files, QDir::Name);
     QVERIFY(!scripts.isEmpty());
     for (const QString& file : scripts)
         QTest::newRow(qPrintable(file.left(file.size() - 7))) << file.left(file.size() - 7);
@@ -131,7 +124,7 @@ void TestSession::traceMatchesExpected_data()
 void TestSession::traceMatchesExpected()
 {
     QFETCH(QString, name);
-    if (TestSupport::readFile(sessionsDir() + name + ".script").contains("$SAMPLES"))
+    if (TestSupport::readFile(sessionsDir + name + ".script").contains("$SAMPLES"))
         TAMBER_REQUIRE_SAMPLES();
 
     // From a file here; the other cases give their scripts on standard input.
@@ -140,7 +133,7 @@ void TestSession::traceMatchesExpected()
     int status = -1;
     const QByteArray actual = session({ file }, QByteArray(), &status);
     QVERIFY2(m_err.isEmpty(), m_err.constData());
-    const QString expectedFile = sessionsDir() + name + ".expected";
+    const QString expectedFile = sessionsDir + name + ".expected";
     if (qEnvironmentVariableIsSet("TAMBER_UPDATE_TRACES"))
         QVERIFY(TestSupport::writeFile(expectedFile, actual));
 

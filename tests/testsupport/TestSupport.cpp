@@ -52,11 +52,6 @@ QStringList methodsOf(const QMetaObject& meta)
     return methods;
 }
 
-QColor pixelColor(const QImage& image, int x, int y)
-{
-    return QColor::fromRgba(image.pixel(x, y));
-}
-
 namespace {
 std::unique_ptr<QInputEvent> at(QInputEvent* event, unsigned long time)
 {
@@ -102,17 +97,6 @@ QByteArray traceLine(const QByteArray& expected)
         return expected;
     const QByteArray text = expected.mid(debug.size(), expected.size() - debug.size() - 2);
     return debug + debugLine(QString::fromUtf8(text)).toUtf8() + "\"}";
-}
-
-QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds)
-{
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    return QDateTime(date, time, Qt::OffsetFromUTC, offsetSeconds);
-#else
-    QDateTime local(date, time, Qt::UTC);
-    local.setUtcOffset(offsetSeconds);
-    return local;
-#endif
 }
 
 bool waitForWindowShown(QWidget* window)

@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 #include <QColor>
-#include <QDateTime>
 #include <QImage>
 #include <QInputEvent>
 #include <QList>
@@ -73,12 +72,8 @@ private:
 };
 #endif
 
-// What the two Qts spell differently: a list of names joined, a pixel as a
-// colour, a window on screen.
+// What the two Qts spell differently: a list of names joined, a window on screen.
 QByteArray joined(const QList<QByteArray>& parts, char separator);
-QColor pixelColor(const QImage& image, int x, int y);
-// A local date and time at offsetSeconds east of UTC.
-QDateTime dateTimeAtOffset(const QDate& date, const QTime& time, int offsetSeconds);
 bool waitForWindowShown(QWidget* window);
 
 // Input events as the platform delivers them, at a time in milliseconds: a
