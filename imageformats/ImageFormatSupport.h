@@ -6,6 +6,8 @@
 #include <QIODevice>
 #include <QImage>
 #include <QImageIOPlugin>
+#include <QSize>
+#include <QVariant>
 
 // What the page-format plug-ins share: the memory limit of one decode, reading
 // a file within it, and how a plug-in answers Qt's loader. Written against the
@@ -32,6 +34,71 @@ inline QImage::Format formatFor(bool alpha)
 {
     return alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32;
 }
+
+// The handler of a format whose decoder reads from memory: the file is read
+// once, whole and within memoryLimit, and its header parsed from it; the size
+// and the image format are answered from the header. Each format says how its
+// files begin, parses the header and reads the image.
+class MemoryFileHandler : public QImageIOHandler
+{
+public:
+    using Signature = bool (*)(QIODevice*);
+
+    MemoryFileHandler(const char* key, Signature matches)
+        : key(key)
+        , matches(matches)
+    {
+    }
+
+    bool canRead() const override
+    {
+        if (!matches(device()))
+            return false;
+        setFormat(key);
+        return true;
+    }
+
+    QVariant option(ImageOption option) const override
+    {
+        if (option == Size)
+            return readHeader() ? displaySize() : QSize();
+        if (option == ImageFormat && readHeader())
+            return int(formatFor(hasAlpha()));
+        return QVariant();
+    }
+
+    bool supportsOption(ImageOption option) const override
+    {
+        return option == Size || option == ImageFormat;
+    }
+
+protected:
+    // Reads the file and parses its header, once.
+    bool readHeader() const
+    {
+        if (!headerRead) {
+            headerRead = true;
+            data = matches(device()) ? readBounded(device()) : QByteArray();
+            headerValid = !data.isEmpty() && parseHeader(data);
+        }
+        return headerValid;
+    }
+
+    // The header, from the file's bytes, which stay as they are while the
+    // handler lives: decoders may keep pointing into them.
+    virtual bool parseHeader(const QByteArray& data) const = 0;
+    // After a header was parsed: the image's size as shown, and whether it
+    // has alpha.
+    virtual QSize displaySize() const = 0;
+    virtual bool hasAlpha() const = 0;
+
+private:
+    const char* const key;
+    const Signature matches;
+    mutable bool headerRead = false;
+    mutable bool headerValid = false;
+    mutable QByteArray data;
+};
 
 // Qt's question to a plug-in. The bytes decide where they can be seen without
 // consuming them, so that a PNG named like one of ours goes on to Qt's other

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "AvifHandler.h"
 
-#include "ImageFormatSupport.h"
-
 #include <QIODevice>
 #include <QImage>
 #include <QTransform>
-#include <QVariant>
 #include <QtEndian>
 
 #include <avif/avif.h>
@@ -37,8 +34,7 @@ bool mirrored(const avifImage* image)
 } // namespace
 
 AvifHandler::AvifHandler()
-    : headerRead(false)
-    , headerValid(false)
+    : MemoryFileHandler("avif", &AvifHandler::canRead)
     , decoder(nullptr)
 {
 }
@@ -47,14 +43,6 @@ AvifHandler::~AvifHandler()
 {
     if (decoder)
         avifDecoderDestroy(decoder);
-}
-
-bool AvifHandler::canRead() const
-{
-    if (!canRead(device()))
-        return false;
-    setFormat("avif");
-    return true;
 }
 
 bool AvifHandler::canRead(QIODevice* device)
@@ -77,37 +65,32 @@ bool AvifHandler::canRead(QIODevice* device)
     return false;
 }
 
-bool AvifHandler::readHeader() const
+bool AvifHandler::parseHeader(const QByteArray& data) const
 {
-    if (headerRead)
-        return headerValid;
-    headerRead = true;
-    if (!canRead(device()))
-        return false;
-    data = ImageFormatSupport::readBounded(device());
     decoder = avifDecoderCreate();
-    if (data.isEmpty() || !decoder)
+    if (!decoder)
         return false;
     decoder->maxThreads = 1;
     decoder->ignoreExif = AVIF_TRUE;
     decoder->ignoreXMP = AVIF_TRUE;
     // Files from many converters lack boxes that strict readers insist on.
     decoder->strictFlags = AVIF_STRICT_DISABLED;
-    if (avifDecoderSetIOMemory(
-            decoder, reinterpret_cast<const uint8_t*>(data.constData()), size_t(data.size()))
-            != AVIF_RESULT_OK
-        || avifDecoderParse(decoder) != AVIF_RESULT_OK)
-        return false;
-    headerValid = decoder->image->width > 0 && decoder->image->height > 0;
-    return headerValid;
+    return avifDecoderSetIOMemory(
+               decoder, reinterpret_cast<const uint8_t*>(data.constData()), size_t(data.size()))
+        == AVIF_RESULT_OK
+        && avifDecoderParse(decoder) == AVIF_RESULT_OK && decoder->image->width > 0
+        && decoder->image->height > 0;
 }
 
 QSize AvifHandler::displaySize() const
 {
-    if (!readHeader())
-        return QSize();
     const QSize size(int(decoder->image->width), int(decoder->image->height));
     return quarterTurns(decoder->image) % 2 ? QSize(size.height(), size.width()) : size;
+}
+
+bool AvifHandler::hasAlpha() const
+{
+    return decoder->alphaPresent;
 }
 
 qint64 AvifHandler::decodingBytes() const
@@ -149,8 +132,8 @@ bool AvifHandler::read(QImage* image)
         return false;
 
     const avifImage* decoded = decoder->image;
-    QImage frame(int(decoded->width), int(decoded->height),
-        ImageFormatSupport::formatFor(decoder->alphaPresent));
+    QImage frame(
+        int(decoded->width), int(decoded->height), ImageFormatSupport::formatFor(hasAlpha()));
     if (frame.isNull())
         return false;
     avifRGBImage rgb;
@@ -173,23 +156,4 @@ bool AvifHandler::read(QImage* image)
     }
     *image = frame;
     return !image->isNull();
-}
-
-QVariant AvifHandler::option(ImageOption option) const
-{
-    switch (option) {
-    case Size:
-        return displaySize();
-    case ImageFormat:
-        if (!readHeader())
-            return QVariant();
-        return int(ImageFormatSupport::formatFor(decoder->alphaPresent));
-    default:
-        return QVariant();
-    }
-}
-
-bool AvifHandler::supportsOption(ImageOption option) const
-{
-    return option == Size || option == ImageFormat;
 }

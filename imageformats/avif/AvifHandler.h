@@ -2,9 +2,7 @@
 #ifndef AVIFHANDLER_H
 #define AVIFHANDLER_H
 
-#include <QByteArray>
-#include <QImageIOHandler>
-#include <QSize>
+#include "ImageFormatSupport.h"
 
 struct avifDecoder;
 
@@ -14,33 +12,27 @@ struct avifDecoder;
 // the container without decoding. AV1 cannot decode at a smaller size, so the
 // handler offers no scaled size: an oversized page is refused rather than
 // decoded whole. Colour profiles are ignored, as Qt 4 has no colour management.
-class AvifHandler : public QImageIOHandler
+class AvifHandler : public ImageFormatSupport::MemoryFileHandler
 {
 public:
     AvifHandler();
     ~AvifHandler() override;
 
-    bool canRead() const override;
+    using MemoryFileHandler::canRead;
     bool read(QImage* image) override;
-
-    QVariant option(ImageOption option) const override;
-    bool supportsOption(ImageOption option) const override;
 
     // Whether the device starts with an ISO media file type box that names
     // an AVIF brand; reads nothing.
     static bool canRead(QIODevice* device);
 
 private:
-    // Reads the file and parses its container, once.
-    bool readHeader() const;
-    // The size of the image as shown: rotated a quarter turn, it swaps sides.
-    QSize displaySize() const;
+    bool parseHeader(const QByteArray& data) const override;
+    // Rotated a quarter turn, the image swaps sides.
+    QSize displaySize() const override;
+    bool hasAlpha() const override;
     // What decoding takes, in bytes: dav1d's planes and the output.
     qint64 decodingBytes() const;
 
-    mutable bool headerRead;
-    mutable bool headerValid;
-    mutable QByteArray data;
     mutable avifDecoder* decoder;
 };
 

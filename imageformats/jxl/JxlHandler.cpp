@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "JxlHandler.h"
 
-#include "ImageFormatSupport.h"
-
 #include <QIODevice>
 #include <QImage>
-#include <QVariant>
 
 #include <jxl/decode.h>
 
@@ -33,8 +30,7 @@ void toArgb(QImage* image)
 } // namespace
 
 JxlHandler::JxlHandler()
-    : headerRead(false)
-    , headerValid(false)
+    : MemoryFileHandler("jxl", &JxlHandler::canRead)
     , decoder(nullptr)
 {
     std::memset(&info, 0, sizeof info);
@@ -44,14 +40,6 @@ JxlHandler::~JxlHandler()
 {
     if (decoder)
         JxlDecoderDestroy(decoder);
-}
-
-bool JxlHandler::canRead() const
-{
-    if (!canRead(device()))
-        return false;
-    setFormat("jxl");
-    return true;
 }
 
 bool JxlHandler::canRead(QIODevice* device)
@@ -64,16 +52,10 @@ bool JxlHandler::canRead(QIODevice* device)
     return signature == JXL_SIG_CODESTREAM || signature == JXL_SIG_CONTAINER;
 }
 
-bool JxlHandler::readHeader() const
+bool JxlHandler::parseHeader(const QByteArray& data) const
 {
-    if (headerRead)
-        return headerValid;
-    headerRead = true;
-    if (!canRead(device()))
-        return false;
-    data = ImageFormatSupport::readBounded(device());
     decoder = JxlDecoderCreate(nullptr);
-    if (data.isEmpty() || !decoder)
+    if (!decoder)
         return false;
     // The events of the whole decode, subscribed before the first: read()
     // goes on from the basic information.
@@ -86,21 +68,21 @@ bool JxlHandler::readHeader() const
         return false;
     JxlDecoderSetUnpremultiplyAlpha(decoder, JXL_TRUE);
     JxlDecoderCloseInput(decoder);
-    if (JxlDecoderProcessInput(decoder) != JXL_DEC_BASIC_INFO
-        || JxlDecoderGetBasicInfo(decoder, &info) != JXL_DEC_SUCCESS)
-        return false;
-    headerValid
-        = info.xsize > 0 && info.ysize > 0 && info.xsize <= 0x7fffffff && info.ysize <= 0x7fffffff;
-    return headerValid;
+    return JxlDecoderProcessInput(decoder) == JXL_DEC_BASIC_INFO
+        && JxlDecoderGetBasicInfo(decoder, &info) == JXL_DEC_SUCCESS && info.xsize > 0
+        && info.ysize > 0 && info.xsize <= 0x7fffffff && info.ysize <= 0x7fffffff;
 }
 
 QSize JxlHandler::displaySize() const
 {
-    if (!readHeader())
-        return QSize();
     const QSize size(int(info.xsize), int(info.ysize));
     // Orientations 5 to 8 turn the image a quarter.
     return info.orientation > JXL_ORIENT_ROTATE_180 ? QSize(size.height(), size.width()) : size;
+}
+
+bool JxlHandler::hasAlpha() const
+{
+    return info.alpha_bits > 0;
 }
 
 qint64 JxlHandler::decodingBytes() const
@@ -121,7 +103,7 @@ bool JxlHandler::read(QImage* image)
 {
     if (!readHeader() || decodingBytes() > memoryLimit)
         return false;
-    QImage frame(displaySize(), ImageFormatSupport::formatFor(info.alpha_bits > 0));
+    QImage frame(displaySize(), ImageFormatSupport::formatFor(hasAlpha()));
     if (frame.isNull() || !decode(&frame))
         return false;
     toArgb(&frame);
@@ -168,23 +150,4 @@ bool JxlHandler::decode(QImage* image)
             return false;
         }
     }
-}
-
-QVariant JxlHandler::option(ImageOption option) const
-{
-    switch (option) {
-    case Size:
-        return displaySize();
-    case ImageFormat:
-        if (!readHeader())
-            return QVariant();
-        return int(ImageFormatSupport::formatFor(info.alpha_bits > 0));
-    default:
-        return QVariant();
-    }
-}
-
-bool JxlHandler::supportsOption(ImageOption option) const
-{
-    return option == Size || option == ImageFormat;
 }

@@ -2,9 +2,7 @@
 #ifndef JXLHANDLER_H
 #define JXLHANDLER_H
 
-#include <QByteArray>
-#include <QImageIOHandler>
-#include <QSize>
+#include "ImageFormatSupport.h"
 
 #include <jxl/codestream_header.h>
 
@@ -17,34 +15,29 @@ struct JxlDecoderStruct;
 // whatever it outputs, so the handler offers no scaled size: an oversized page
 // is refused rather than decoded whole. Colour profiles are ignored, as Qt 4
 // has no colour management.
-class JxlHandler : public QImageIOHandler
+class JxlHandler : public ImageFormatSupport::MemoryFileHandler
 {
 public:
     JxlHandler();
     ~JxlHandler() override;
 
-    bool canRead() const override;
+    using MemoryFileHandler::canRead;
     bool read(QImage* image) override;
-
-    QVariant option(ImageOption option) const override;
-    bool supportsOption(ImageOption option) const override;
 
     // Whether the device starts with a JPEG XL codestream's or container's
     // signature; reads nothing.
     static bool canRead(QIODevice* device);
 
 private:
-    // Reads the file and decodes its basic information, once.
-    bool readHeader() const;
-    // The size of the image as shown, after its orientation.
-    QSize displaySize() const;
+    // Decodes as far as the basic information.
+    bool parseHeader(const QByteArray& data) const override;
+    // After the image's orientation.
+    QSize displaySize() const override;
+    bool hasAlpha() const override;
     // What decoding takes, in bytes: libjxl's planes and the output.
     qint64 decodingBytes() const;
     bool decode(QImage* image);
 
-    mutable bool headerRead;
-    mutable bool headerValid;
-    mutable QByteArray data;
     mutable JxlDecoderStruct* decoder;
     mutable JxlBasicInfo info;
 };
