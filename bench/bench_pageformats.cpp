@@ -26,14 +26,12 @@
 //   bench_pageformats --workload=DIR [benchmark flags]
 
 #include "BenchCompat.h"
-#include "BenchLibrary.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "ComicPagePainter.h"
-#include "ComicsReader.h"
 #include "MandatedSteps.h"
+#include "PageTurns.h"
 #include "PairedSamples.h"
-#include "ReaderWindow.h"
 #include "ZipWriter.h"
 
 #include <QApplication>
@@ -43,7 +41,6 @@
 #include <benchmark/benchmark.h>
 #include <webp/encode.h>
 
-#include <malloc.h>
 
 namespace {
 
@@ -76,8 +73,8 @@ QByteArray webpBytes(const QImage& image, int quality)
 }
 
 // The image in the format, in file; dir holds the encoder's PNG.
-bool encode(const PageFormat& format, const QImage& image, const QString& file,
-    const QString& dir, int quality)
+bool encode(const PageFormat& format, const QImage& image, const QString& file, const QString& dir,
+    int quality)
 {
     if (format.encoder.isEmpty()) {
         const QByteArray bytes = webpBytes(image, quality);
@@ -112,8 +109,8 @@ double dwebpSeconds(const QString& dwebp, const QString& file, const QString&)
 // the pixels over the rate.
 double djxlSeconds(const QString& djxl, const QString& file, const QString& dir)
 {
-    const ChildProcess::Result result = ChildProcess::run({ djxl, file,
-        dir + QStringLiteral("/out.ppm"), QStringLiteral("--num_threads=1") });
+    const ChildProcess::Result result = ChildProcess::run(
+        { djxl, file, dir + QStringLiteral("/out.ppm"), QStringLiteral("--num_threads=1") });
     if (!result.ok())
         return -1;
     const int rateEnd = result.errors.indexOf(" MP/s");
@@ -235,13 +232,6 @@ QString makeComic(const PageFormat& format, const QString& dir, int distinct, in
     return zip.close() ? comic : QString();
 }
 
-// As bench_view's page turn: freed page-sized blocks kept for reuse.
-void keepLargeBlocks()
-{
-    mallopt(M_MMAP_THRESHOLD, 64 << 20);
-    mallopt(M_TRIM_THRESHOLD, 256 << 20);
-}
-
 void pageTurn(benchmark::State& state, const PageFormat& format, int distinct)
 {
     const std::string why = missing(format);
@@ -249,49 +239,16 @@ void pageTurn(benchmark::State& state, const PageFormat& format, int distinct)
         state.SkipWithError(why.c_str());
         return;
     }
-    keepLargeBlocks();
+    PageTurns::keepLargeBlocks();
     BenchCompat::TemporaryDir dir;
     const QString comic = makeComic(format, dir.path(), distinct, int(state.max_iterations) + 1);
     if (comic.isEmpty()) {
         state.SkipWithError("the comic could not be made");
         return;
     }
-    BenchLibrary library;
-    const Volume book = library.import(comic);
-    if (book.getId().isEmpty()) {
-        state.SkipWithError("the comic could not be imported");
-        return;
-    }
-    MandatedSteps steps(comic, screen);
-    ReaderWindow window(screen);
-    window.open(book);
-
     PairedSamples samples;
-    int page = 0;
-    for (auto _ : state) {
-        ++page;
-        double ours = 0;
-        double reference = 0;
-        bool shown = false;
-        PairedSamples::inTurns(
-            page,
-            [&] {
-                ours = PairedSamples::seconds([&] {
-                    window.view()->goToNextPage();
-                    window.paint();
-                });
-            },
-            [&] {
-                reference = PairedSamples::seconds(
-                    [&] { shown = steps.show(Workload::pageName(page)); });
-            });
-        if (window.renderedPage() != page || !shown) {
-            state.SkipWithError("the view or the steps did not show the next page");
-            return;
-        }
-        state.SetIterationTime(ours);
-        samples.add(ours, reference);
-    }
+    if (!PageTurns::time(state, comic, screen, samples))
+        return;
     samples.report(state);
 }
 

@@ -11,9 +11,10 @@
 #include "ComicZipArchive.h"
 #include "ComicsReader.h"
 #include "Library.h"
-#include "PageletManager.h"
 #include "MandatedSteps.h"
 #include "MemoryStatus.h"
+#include "PageTurns.h"
+#include "PageletManager.h"
 #include "PairedSamples.h"
 #include "ReaderWindow.h"
 #include "ZoomController.h"
@@ -28,9 +29,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <malloc.h>
-#include <sys/resource.h>
 #include <cstring>
+#include <sys/resource.h>
 
 namespace {
 
@@ -55,58 +55,15 @@ long minorFaults()
     return usage.ru_minflt;
 }
 
-// Turn and steps in turns free and take page-sized blocks alternately, which
-// glibc then maps afresh each time: some 4,000 page faults a pair, felt by
-// both sides at random and worth several percent of a turn. Freed blocks are
-// kept for reuse instead, as a process reading page after page keeps them.
-void keepLargeBlocks()
-{
-    mallopt(M_MMAP_THRESHOLD, 64 << 20);
-    mallopt(M_TRIM_THRESHOLD, 256 << 20);
-}
-
 // Turning to the next page and painting it, against the steps that showing
 // the same page must take at least (MandatedSteps: inflate, full decode,
 // smooth scale, draw), on a comic of its own opened beforehand.
 void pageTurn(benchmark::State& state)
 {
-    keepLargeBlocks();
-    const Workload& workload = program->workload();
-    BenchLibrary library;
-    const Volume book = library.import(workload.comic());
-    if (book.getId().isEmpty()) {
-        state.SkipWithError("the comic could not be imported");
-        return;
-    }
-    MandatedSteps steps(workload.comic(), screen);
-    ReaderWindow window(screen);
-    window.open(book);
-
+    PageTurns::keepLargeBlocks();
     PairedSamples samples;
-    int page = 0;
-    for (auto _ : state) {
-        ++page;
-        double ours = 0;
-        double reference = 0;
-        bool shown = false;
-        auto turn = [&] {
-            ours = PairedSamples::seconds([&] {
-                window.view()->goToNextPage();
-                window.paint();
-            });
-        };
-        auto mandated = [&] {
-            reference
-                = PairedSamples::seconds([&] { shown = steps.show(Workload::pageName(page)); });
-        };
-        PairedSamples::inTurns(page, turn, mandated);
-        if (window.renderedPage() != page || !shown) {
-            state.SkipWithError("the view or the steps did not show the next page");
-            return;
-        }
-        state.SetIterationTime(ours);
-        samples.add(ours, reference);
-    }
+    if (!PageTurns::time(state, program->workload().comic(), screen, samples))
+        return;
     samples.report(state);
 
     if (!pagesCsv.isEmpty()) {
@@ -299,7 +256,8 @@ void reportReading(benchmark::State& state, const Reading& reading)
     state.counters["early_page"] = early;
     state.counters["early_mib"] = mebibytes(reading.pages.value(early));
     state.counters["last_mib"] = mebibytes(reading.pages.value(last));
-    state.counters["growth_mib"] = mebibytes(reading.pages.value(last) - reading.pages.value(early));
+    state.counters["growth_mib"]
+        = mebibytes(reading.pages.value(last) - reading.pages.value(early));
 }
 
 // Peak resident set while reading all pages, against the process's baseline
@@ -349,8 +307,8 @@ double listingMs(const Volume& book, const QString& path)
 // Page 1 of the big book on screen, from a stored book to its first paint,
 // against the same page as page 1 of a book of the big book's first pages,
 // in turns, each in a new view; beside them the time to list each book's
-// entries (its page records and its file's names). What the big book takes beyond the small one should be no more
-// than its longer listing.
+// entries (its page records and its file's names). What the big book takes beyond the small one
+// should be no more than its longer listing.
 void bigBookOpen(benchmark::State& state)
 {
     const Workload& workload = program->workload();

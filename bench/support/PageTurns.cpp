@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "PageTurns.h"
+
+#include "BenchLibrary.h"
+#include "ComicsReader.h"
+#include "MandatedSteps.h"
+#include "ReaderWindow.h"
+#include "Workload.h"
+
+#include <malloc.h>
+
+namespace PageTurns {
+
+void keepLargeBlocks()
+{
+    mallopt(M_MMAP_THRESHOLD, 64 << 20);
+    mallopt(M_TRIM_THRESHOLD, 256 << 20);
+}
+
+bool time(
+    benchmark::State& state, const QString& comic, const QSize& screen, PairedSamples& samples)
+{
+    BenchLibrary library;
+    const Volume book = library.import(comic);
+    if (book.getId().isEmpty()) {
+        state.SkipWithError("the comic could not be imported");
+        return false;
+    }
+    MandatedSteps steps(comic, screen);
+    ReaderWindow window(screen);
+    window.open(book);
+
+    int page = 0;
+    for (auto _ : state) {
+        ++page;
+        double ours = 0;
+        double reference = 0;
+        bool shown = false;
+        auto turn = [&] {
+            ours = PairedSamples::seconds([&] {
+                window.view()->goToNextPage();
+                window.paint();
+            });
+        };
+        auto mandated = [&] {
+            reference
+                = PairedSamples::seconds([&] { shown = steps.show(Workload::pageName(page)); });
+        };
+        PairedSamples::inTurns(page, turn, mandated);
+        if (window.renderedPage() != page || !shown) {
+            state.SkipWithError("the view or the steps did not show the next page");
+            return false;
+        }
+        state.SetIterationTime(ours);
+        samples.add(ours, reference);
+    }
+    return true;
+}
+
+} // namespace PageTurns
