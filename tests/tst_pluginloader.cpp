@@ -2,14 +2,21 @@
 // Loading the plug-in as the device does: the verification text first, read
 // from the file without running it, then the root object and its interface.
 
+#include "ComicsReaderPlugin.h"
 #include "ElfSectionReader.h"
+#include "ParserInterface.h"
 #include "PluginInterface.h"
 #include "PluginLoader.h"
 #include "TestSupport.h"
 
 #include <QFile>
 #include <QLibrary>
+#include <QPointer>
 #include <QtTest>
+
+#include <memory>
+
+extern "C" QObject* qt_plugin_instance();
 
 using TestSupport::pluginFile;
 using TestSupport::verificationText;
@@ -33,6 +40,8 @@ private slots:
     void acceptsTheBuiltPlugin();
     void refusesWhatTheDeviceWouldNotLoad_data();
     void refusesWhatTheDeviceWouldNotLoad();
+    void rootObjectIsKeptUntilDeleted();
+    void parsersAreNewObjectsOwnedByTheCaller();
 
 private:
     TestSupport::TemporaryDir m_dir;
@@ -105,6 +114,35 @@ void TestPluginLoader::refusesWhatTheDeviceWouldNotLoad()
     PluginLoader missing(m_dir.filePath("missing.so"));
     QVERIFY(!missing.load());
     QVERIFY(missing.errorString().contains(QLatin1String("no such file")));
+}
+
+void TestPluginLoader::rootObjectIsKeptUntilDeleted()
+{
+    QPointer<QObject> first = qt_plugin_instance();
+    QVERIFY(first);
+    QCOMPARE(qt_plugin_instance(), first.data());
+    QVERIFY(!first->parent());
+    // The host asks for the interface by its id.
+    QCOMPARE(first->qt_metacast("com.ostra.tamber.PluginInterface"),
+        static_cast<void*>(qobject_cast<PluginInterface*>(first.data())));
+
+    delete first.data();
+    QVERIFY(!first);
+    QObject* second = qt_plugin_instance();
+    QVERIFY(second);
+    QCOMPARE(second->metaObject()->className(), "ComicsReaderPlugin");
+    QCOMPARE(qt_plugin_instance(), second);
+}
+
+void TestPluginLoader::parsersAreNewObjectsOwnedByTheCaller()
+{
+    ComicsReaderPlugin plugin;
+    std::unique_ptr<ParserInterface> first(plugin.parser());
+    std::unique_ptr<ParserInterface> second(plugin.parser());
+    QVERIFY(first && second);
+    QVERIFY(first.get() != second.get());
+    QVERIFY(!first->parent());
+    QVERIFY(first->qt_metacast("ParserInterface"));
 }
 
 QTEST_GUILESS_MAIN(TestPluginLoader)
