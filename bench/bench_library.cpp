@@ -5,11 +5,11 @@
 //
 //   bench_library --workload=DIR [benchmark flags]
 
-#include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "PairedSamples.h"
 #include "ParsedBook.h"
+#include "TestSupport.h"
 
 #include <QApplication>
 #include <QDirIterator>
@@ -72,7 +72,7 @@ void importFolder(benchmark::State& state)
     while (it.hasNext())
         files << it.next();
     files.sort();
-    BenchCompat::TemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     const QString library = dir.filePath(QStringLiteral("library.sqlite"));
     const QString empty = dir.filePath(QStringLiteral("empty.sqlite"));
     const QString tamber = BenchProgram::binDir() + QStringLiteral("/tamber");

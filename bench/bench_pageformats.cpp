@@ -20,18 +20,19 @@
 // Neither side pays for a process start.
 //
 // A page turn is timed as bench_view times it, `goToNextPage` and a paint
-// against the mandated steps on the same page, in a comic of the format made
+// against the baseline steps on the same page, in a comic of the format made
 // from the workload comic's first pages (a few encoded, repeated).
 //
 //   bench_pageformats --workload=DIR [benchmark flags]
 
+#include "BaselineSteps.h"
 #include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "ComicPagePainter.h"
-#include "MandatedSteps.h"
 #include "PageTurns.h"
 #include "PairedSamples.h"
+#include "TestSupport.h"
 #include "ZipWriter.h"
 
 #include <QApplication>
@@ -40,7 +41,6 @@
 
 #include <benchmark/benchmark.h>
 #include <webp/encode.h>
-
 
 namespace {
 
@@ -176,7 +176,7 @@ void decodePage(benchmark::State& state, const PageFormat& format)
         state.SkipWithError(why.c_str());
         return;
     }
-    BenchCompat::TemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("page.") + QLatin1String(format.name));
     const Workload& workload = program->workload();
     if (!encode(format, ComicPagePainter(1).page(workload.pageSize), file, dir.path(),
@@ -212,11 +212,11 @@ void decodePage(benchmark::State& state, const PageFormat& format)
 QString makeComic(const PageFormat& format, const QString& dir, int distinct, int pages)
 {
     const Workload& workload = program->workload();
-    MandatedSteps source(workload.comic(), screen);
+    BaselineSteps source(workload.comic(), screen);
     QList<QByteArray> encoded;
     for (int i = 0; i < distinct; ++i) {
         const QString file = dir + QStringLiteral("/page.") + QLatin1String(format.name);
-        const QImage page = MandatedSteps::decode(source.inflate(Workload::pageName(i)));
+        const QImage page = BaselineSteps::decode(source.inflate(Workload::pageName(i)));
         QFile read(file);
         if (page.isNull() || !encode(format, page, file, dir, workload.quality)
             || !read.open(QIODevice::ReadOnly))
@@ -240,7 +240,7 @@ void pageTurn(benchmark::State& state, const PageFormat& format, int distinct)
         return;
     }
     PageTurns::keepLargeBlocks();
-    BenchCompat::TemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     const QString comic = makeComic(format, dir.path(), distinct, int(state.max_iterations) + 1);
     if (comic.isEmpty()) {
         state.SkipWithError("the comic could not be made");

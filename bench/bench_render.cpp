@@ -6,10 +6,10 @@
 //
 //   bench_render --workload=DIR [benchmark flags]
 
-#include "BenchCompat.h"
 #include "BenchProgram.h"
 #include "ChildProcess.h"
 #include "PairedSamples.h"
+#include "TestSupport.h"
 
 #include <QApplication>
 
@@ -23,7 +23,7 @@ const QString screenSize = QStringLiteral("1072x1448");
 void renderPage(benchmark::State& state, const QString& format)
 {
     const Workload& workload = program->workload();
-    BenchCompat::TemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     const QString library = dir.filePath(QStringLiteral("library.sqlite"));
     const QString tamber = BenchProgram::binDir() + QStringLiteral("/tamber");
     const ChildProcess::Result import

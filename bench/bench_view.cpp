@@ -4,6 +4,7 @@
 //
 //   bench_view --workload=DIR [--pages-csv=FILE] [--memory-csv=FILE] [benchmark flags]
 
+#include "BaselineSteps.h"
 #include "BenchCompat.h"
 #include "BenchLibrary.h"
 #include "BenchProgram.h"
@@ -11,7 +12,6 @@
 #include "ComicZipArchive.h"
 #include "ComicsReader.h"
 #include "Library.h"
-#include "MandatedSteps.h"
 #include "MemoryStatus.h"
 #include "PageTurns.h"
 #include "PageletManager.h"
@@ -56,7 +56,7 @@ long minorFaults()
 }
 
 // Turning to the next page and painting it, against the steps that showing
-// the same page must take at least (MandatedSteps: inflate, full decode,
+// the same page must take at least (BaselineSteps: inflate, full decode,
 // smooth scale, draw), on a comic of its own opened beforehand.
 void pageTurn(benchmark::State& state)
 {
@@ -78,14 +78,14 @@ void pageTurn(benchmark::State& state)
     }
 }
 
-// Where a page turn's time goes: the mandated steps one by one, on the same
+// Where a page turn's time goes: the baseline steps one by one, on the same
 // pages. Beside them, what decoding straight to the fitted size would cost
 // instead of the full decode and the scale (the JPEG decoder shrinks while
 // decoding), which the design rules out.
 void pageTurnSteps(benchmark::State& state)
 {
     const Workload& workload = program->workload();
-    MandatedSteps steps(workload.comic(), screen);
+    BaselineSteps steps(workload.comic(), screen);
     QVector<double> inflate;
     QVector<double> decode;
     QVector<double> scale;
@@ -98,7 +98,7 @@ void pageTurnSteps(benchmark::State& state)
         QImage decoded;
         QImage scaled;
         inflate << PairedSamples::seconds([&] { bytes = steps.inflate(Workload::pageName(page)); });
-        decode << PairedSamples::seconds([&] { decoded = MandatedSteps::decode(bytes); });
+        decode << PairedSamples::seconds([&] { decoded = BaselineSteps::decode(bytes); });
         scale << PairedSamples::seconds([&] { scaled = steps.scale(decoded); });
         draw << PairedSamples::seconds([&] { steps.draw(scaled); });
         state.SetIterationTime(inflate.last() + decode.last() + scale.last() + draw.last());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The work whose instructions scripts/bench-instructions counts under QEMU:
-// page turns in the reading view, or the mandated steps of showing the same
+// page turns in the reading view, or the baseline steps of showing the same
 // pages, after the same setup; or decodes of one page file. A run that only
 // sets up, or only loads the file, gives what the counts of the others have
 // in common.
@@ -19,10 +19,10 @@
 // Load reads FILE into memory; decode then decodes it N times through
 // QImageReader, the format named by FILE's suffix.
 
+#include "BaselineSteps.h"
 #include "BenchEnvironment.h"
 #include "BenchLibrary.h"
 #include "ComicsReader.h"
-#include "MandatedSteps.h"
 #include "QtCompat.h"
 #include "ReaderWindow.h"
 #include "Workload.h"
@@ -80,13 +80,13 @@ int decodeImage(const QString& path, bool decode, int pages)
 int writeSource(const Workload& workload, const QString& dir)
 {
     QDir().mkpath(dir);
-    MandatedSteps steps(workload.comic(), screen);
+    BaselineSteps steps(workload.comic(), screen);
     const QByteArray bytes = steps.inflate(Workload::pageName(0));
     QFile jpeg(dir + QStringLiteral("/page.jpg"));
     const bool written = jpeg.open(QIODevice::WriteOnly) && jpeg.write(bytes) == bytes.size();
     jpeg.close();
     if (!written
-        || !MandatedSteps::decode(bytes)
+        || !BaselineSteps::decode(bytes)
                 .convertToFormat(QImage::Format_RGB32)
                 .save(dir + QStringLiteral("/page.png"), "png")) {
         std::fprintf(stderr, "bench-count: cannot write page 1 in %s\n", qPrintable(dir));
@@ -100,8 +100,7 @@ int writeSource(const Workload& workload, const QString& dir)
 int main(int argc, char** argv)
 {
     BenchEnvironment::prepare();
-    const std::unique_ptr<QApplication> application
-        = BenchEnvironment::makeApplication(argc, argv);
+    const std::unique_ptr<QApplication> application = BenchEnvironment::makeApplication(argc, argv);
     if (!application)
         return 2;
     const QStringList arguments = QCoreApplication::arguments();
@@ -136,7 +135,7 @@ int main(int argc, char** argv)
     }
     ReaderWindow window(screen);
     window.open(book);
-    MandatedSteps steps(workload.comic(), screen);
+    BaselineSteps steps(workload.comic(), screen);
     if (window.renderedPage() != 0 || !steps.show(Workload::pageName(0))) {
         std::fprintf(stderr, "bench-count: page 1 was not shown\n");
         return 1;

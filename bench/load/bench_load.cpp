@@ -7,7 +7,6 @@
 //
 //   bench_load [benchmark flags]
 
-#include "BenchCompat.h"
 #include "ComicsReaderPlugin.h"
 #include "Display.h"
 #include "GestureRegistration.h"
@@ -15,6 +14,7 @@
 #include "ParserHost.h"
 #include "PluginState.h"
 #include "SessionView.h"
+#include "TestSupport.h"
 
 #include <QApplication>
 #include <QBuffer>
@@ -36,7 +36,7 @@ const QSize screen(1072, 1448);
 
 struct Workload
 {
-    BenchCompat::TemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     QString comic;
     std::map<int, QString> libraries; // by number of books
     ComicsReaderPlugin plugin;

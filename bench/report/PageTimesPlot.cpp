@@ -64,7 +64,7 @@ bool PageTimesPlot::loadTimes(const QString& label, const QString& csv)
         return false;
     const int run = timeSeries.size() / 2;
     Series turn { label + QStringLiteral(": page turn (goToNextPage + paint)"), shade(run, 0), {} };
-    Series steps { label + QStringLiteral(": its mandated steps"), shade(run, 1), {}, true };
+    Series steps { label + QStringLiteral(": its baseline steps"), shade(run, 1), {}, true };
     for (const QList<double>& row : rows) {
         turn.points << QPointF(row.at(0), row.at(1));
         steps.points << QPointF(row.at(0), row.at(2));
@@ -105,7 +105,8 @@ QImage PageTimesPlot::image(const QSize& size) const
     panel(painter, QRectF(0, 0, size.width(), split), QStringLiteral("Time of each page turn"),
         QStringLiteral("ms"), timeSeries);
     panel(painter, QRectF(0, split, size.width(), size.height() - split),
-        QStringLiteral("Memory while reading the book in one view"), QStringLiteral("MiB"), memorySeries);
+        QStringLiteral("Memory while reading the book in one view"), QStringLiteral("MiB"),
+        memorySeries);
     return image;
 }
 

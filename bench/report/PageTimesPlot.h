@@ -11,7 +11,7 @@
 class QPainter;
 
 // The plot of docs/performance.png: above, the time of each page turn and of
-// its mandated steps on the same page; below, the resident set after each
+// its baseline steps on the same page; below, the resident set after each
 // page; each for every Qt loaded.
 class PageTimesPlot
 {

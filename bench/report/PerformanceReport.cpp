@@ -198,11 +198,11 @@ struct RowSpec
 QList<RowSpec> rowSpecs()
 {
     return {
-        { QStringLiteral("page turn: `goToNextPage` + synchronous paint vs the mandated steps on "
+        { QStringLiteral("page turn: `goToNextPage` + synchronous paint vs the baseline steps on "
                          "the same page (inflate, full decode, smooth scale, draw)"),
             QStringLiteral("≤ 1.05 ×"), QStringLiteral("view/page_turn"), timed(pageTurnGoal) },
         { QStringLiteral("the same on the device's ARM (under `qemu-arm`): instructions of a "
-                         "turn vs of the mandated steps, counted by QEMU's `insn` plug-in"),
+                         "turn vs of the baseline steps, counted by QEMU's `insn` plug-in"),
             QStringLiteral("≤ 1.05 ×"), QStringLiteral("arm/page_turn_instructions"),
             armInstructions },
         { QStringLiteral("page on screen, whole process: `tamber render` vs `mutool draw`, both "
@@ -252,7 +252,7 @@ QList<RowSpec> rowSpecs()
                          "our image plug-in vs the decode time `djxl --num_threads=1` reports"),
             QStringLiteral("≤ 1.1 ×"), QStringLiteral("jxl/decode_page"), timed(1.1) },
         { QStringLiteral("page turn in a comic of WebP pages (the comic's first 4 pages encoded, "
-                         "repeated) vs the mandated steps on the same page"),
+                         "repeated) vs the baseline steps on the same page"),
             QStringLiteral("report"), QStringLiteral("webp/page_turn"), timed(0) },
         { QStringLiteral("the same in a comic of AVIF pages"), QStringLiteral("report"),
             QStringLiteral("avif/page_turn"), timed(0) },
@@ -376,7 +376,7 @@ QString PerformanceReport::context(const Run& run)
 QString PerformanceReport::stepsTable() const
 {
     QString table;
-    table += QStringLiteral("\nWhere a page turn's time goes: the mandated steps timed one by one "
+    table += QStringLiteral("\nWhere a page turn's time goes: the baseline steps timed one by one "
                             "on the same pages (medians), and each one's share of the decode:\n\n");
     table += QStringLiteral("| step |");
     QString rule = QStringLiteral("|---|");
@@ -445,7 +445,7 @@ QString PerformanceReport::markdown(const QString& workloadSummary, const QStrin
         page += QLatin1Char('\n');
     }
     page += stepsTable();
-    page += QStringLiteral("\n![Time of each page turn and of its mandated steps, and the "
+    page += QStringLiteral("\n![Time of each page turn and of its baseline steps, and the "
                            "resident set while reading, on each Qt](performance.png)\n\n");
     page += notes;
     return page;

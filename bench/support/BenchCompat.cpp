@@ -11,8 +11,6 @@
 #include <QStandardPaths>
 #else
 #include <QPainter>
-
-#include <cstdlib>
 #endif
 
 namespace BenchCompat {
@@ -43,19 +41,6 @@ QImage& screen(const QSize& size)
 }
 
 } // namespace
-
-TemporaryDir::TemporaryDir()
-{
-    QByteArray pattern = QFile::encodeName(QDir::tempPath() + QStringLiteral("/tamber-bench-XXXXXX"));
-    if (mkdtemp(pattern.data()))
-        folder = QFile::decodeName(pattern);
-}
-
-TemporaryDir::~TemporaryDir()
-{
-    if (!folder.isEmpty())
-        removeTree(folder);
-}
 #endif
 
 QString findExecutable(const QString& name)

@@ -4,7 +4,8 @@
 
 // Where the device's Qt 4.8 and the desktop's Qt 5 differ, for the benchmark
 // programs. The plug-in's and the host's differences are in QtCompat.h and
-// HostCompat.h; this adds the benchmarks' own.
+// HostCompat.h, and the temporary folder in the suites' TestSupport.h; this
+// adds the benchmarks' own.
 
 #include "QtCompat.h"
 
@@ -12,35 +13,9 @@
 #include <QString>
 #include <QtGlobal>
 
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-#include <QTemporaryDir>
-#endif
-
 class QWidget;
 
 namespace BenchCompat {
-
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-using TemporaryDir = QTemporaryDir;
-#else
-// What the benchmarks use of Qt 5's QTemporaryDir: a new empty folder,
-// removed with its contents when the object goes.
-class TemporaryDir
-{
-public:
-    TemporaryDir();
-    ~TemporaryDir();
-    bool isValid() const { return !folder.isEmpty(); }
-    QString path() const { return folder; }
-    QString filePath(const QString& name) const { return folder + QLatin1Char('/') + name; }
-
-    TemporaryDir(const TemporaryDir&) = delete;
-    TemporaryDir& operator=(const TemporaryDir&) = delete;
-
-private:
-    QString folder;
-};
-#endif
 
 // Removes the folder and all it holds (Qt 4's QDir cannot remove a tree).
 bool removeTree(const QString& path);

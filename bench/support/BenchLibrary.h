@@ -2,7 +2,7 @@
 #ifndef BENCHLIBRARY_H
 #define BENCHLIBRARY_H
 
-#include "BenchCompat.h"
+#include "TestSupport.h"
 #include "Volume.h"
 
 #include <QString>
@@ -25,7 +25,7 @@ public:
     BenchLibrary& operator=(const BenchLibrary&) = delete;
 
 private:
-    BenchCompat::TemporaryDir dir;
+    TestSupport::TemporaryDir dir;
     QString message;
 };
 

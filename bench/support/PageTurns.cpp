@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "PageTurns.h"
 
+#include "BaselineSteps.h"
 #include "BenchLibrary.h"
 #include "ComicsReader.h"
-#include "MandatedSteps.h"
 #include "ReaderWindow.h"
 #include "Workload.h"
 
@@ -26,7 +26,7 @@ bool time(
         state.SkipWithError("the comic could not be imported");
         return false;
     }
-    MandatedSteps steps(comic, screen);
+    BaselineSteps steps(comic, screen);
     ReaderWindow window(screen);
     window.open(book);
 
@@ -42,11 +42,11 @@ bool time(
                 window.paint();
             });
         };
-        auto mandated = [&] {
+        auto baseline = [&] {
             reference
                 = PairedSamples::seconds([&] { shown = steps.show(Workload::pageName(page)); });
         };
-        PairedSamples::inTurns(page, turn, mandated);
+        PairedSamples::inTurns(page, turn, baseline);
         if (window.renderedPage() != page || !shown) {
             state.SkipWithError("the view or the steps did not show the next page");
             return false;

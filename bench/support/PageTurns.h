@@ -10,7 +10,7 @@
 #include <benchmark/benchmark.h>
 
 // Page turns in the reading view against the steps that showing the same
-// page must take at least (MandatedSteps: inflate, full decode, smooth scale,
+// page must take at least (BaselineSteps: inflate, full decode, smooth scale,
 // draw), as bench_view and bench_pageformats time them.
 namespace PageTurns {
 

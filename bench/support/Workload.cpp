@@ -1,48 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "Workload.h"
 
-#include "BenchCompat.h"
+#include "QtCompat.h"
 
 #include <QFile>
-#include <QStringList>
+
+#include <nlohmann/json.hpp>
+
+#include <string>
 
 namespace {
 
 // Raised whenever the generator makes different files for the same plan.
 const int generatorVersion = 2;
 
-// The manifest is one flat JSON object of numbers and strings, one field a
-// line; written and read here, as Qt 4 has no JSON.
-QMap<QString, QString> readFields(const QByteArray& text)
+// A whole number of the manifest, 0 where it has none.
+int number(const nlohmann::json& manifest, const char* key)
 {
-    QMap<QString, QString> fields;
-    for (const QByteArray& rawLine : text.split('\n')) {
-        QString line = QString::fromUtf8(rawLine).trimmed();
-        if (line.endsWith(QLatin1Char(',')))
-            line.chop(1);
-        const int colon = line.indexOf(QLatin1Char(':'));
-        if (!line.startsWith(QLatin1Char('"')) || colon < 0)
-            continue;
-        QString key = line.left(colon).trimmed();
-        QString value = line.mid(colon + 1).trimmed();
-        key = key.mid(1, key.size() - 2);
-        if (value.startsWith(QLatin1Char('"')) && value.endsWith(QLatin1Char('"')))
-            value = value.mid(1, value.size() - 2);
-        fields.insert(key, value);
-    }
-    return fields;
+    const auto field = manifest.find(key);
+    return field != manifest.end() && field->is_number_integer() ? field->get<int>() : 0;
 }
 
-QByteArray writeFields(const QMap<QString, QString>& fields)
+QString text(const nlohmann::json& manifest, const char* key)
 {
-    QStringList lines;
-    for (auto it = fields.constBegin(); it != fields.constEnd(); ++it) {
-        bool number = false;
-        it.value().toLongLong(&number);
-        lines << QStringLiteral("    \"%1\": %2")
-                     .arg(it.key(), number ? it.value() : QLatin1Char('"') + it.value() + QLatin1Char('"'));
-    }
-    return "{\n" + lines.join(QStringLiteral(",\n")).toUtf8() + "\n}\n";
+    const auto field = manifest.find(key);
+    return field != manifest.end() && field->is_string()
+        ? QString::fromUtf8(field->get<std::string>().c_str())
+        : QString();
 }
 
 } // namespace
@@ -81,36 +65,46 @@ bool Workload::load(const QString& dir, Workload* workload, QString* error)
         *error = QStringLiteral("%1: no workload; make one with bench-workload").arg(dir);
         return false;
     }
-    const QMap<QString, QString> json = readFields(file.readAll());
-    auto number = [&json](const char* key) { return json.value(QLatin1String(key)).toInt(); };
-    if (number("version") != generatorVersion) {
+    const QByteArray bytes = file.readAll();
+    // Without exceptions: text that is not JSON comes back discarded.
+    const nlohmann::json json = nlohmann::json::parse(
+        bytes.constData(), bytes.constData() + bytes.size(), nullptr, false);
+    if (!json.is_object()) {
+        *error = QStringLiteral("%1: the manifest is not a JSON object; make the workload again "
+                                "with bench-workload")
+                     .arg(dir);
+        return false;
+    }
+    if (number(json, "version") != generatorVersion) {
         *error = QStringLiteral("%1: the workload is stale; make it again with bench-workload")
                      .arg(dir);
         return false;
     }
     workload->dir = dir;
-    workload->scale = json.value(QStringLiteral("scale"));
-    workload->comicPages = number("comicPages");
-    workload->pageSize = QSize(number("pageWidth"), number("pageHeight"));
-    workload->quality = number("quality");
-    workload->entries = number("entries");
-    workload->books = number("books");
-    workload->libraryPages = number("libraryPages");
-    workload->largeSize = QSize(number("largeWidth"), number("largeHeight"));
-    workload->bigBookPages = number("bigBookPages");
-    workload->bigBookQuality = number("bigBookQuality");
+    workload->scale = text(json, "scale");
+    workload->comicPages = number(json, "comicPages");
+    workload->pageSize = QSize(number(json, "pageWidth"), number(json, "pageHeight"));
+    workload->quality = number(json, "quality");
+    workload->entries = number(json, "entries");
+    workload->books = number(json, "books");
+    workload->libraryPages = number(json, "libraryPages");
+    workload->largeSize = QSize(number(json, "largeWidth"), number(json, "largeHeight"));
+    workload->bigBookPages = number(json, "bigBookPages");
+    workload->bigBookQuality = number(json, "bigBookQuality");
     return true;
 }
 
 bool Workload::save() const
 {
+    const std::string text = manifest().dump(4) + '\n';
     QFile file(dir + QStringLiteral("/manifest.json"));
-    return file.open(QIODevice::WriteOnly) && file.write(writeFields(fields())) > 0;
+    return file.open(QIODevice::WriteOnly)
+        && file.write(text.data(), qint64(text.size())) == qint64(text.size());
 }
 
 bool Workload::sameAs(const Workload& other) const
 {
-    return fields() == other.fields();
+    return manifest() == other.manifest();
 }
 
 QString Workload::comic() const
@@ -153,24 +147,21 @@ QString Workload::pageName(int index)
     return QStringLiteral("page-%1.jpg").arg(index + 1, 3, 10, QLatin1Char('0'));
 }
 
-QMap<QString, QString> Workload::fields() const
+nlohmann::json Workload::manifest() const
 {
-    QMap<QString, QString> fields;
-    auto add = [&fields](const char* key, int value) {
-        fields.insert(QLatin1String(key), QString::number(value));
+    return {
+        { "version", generatorVersion },
+        { "scale", scale.toUtf8().constData() },
+        { "comicPages", comicPages },
+        { "pageWidth", pageSize.width() },
+        { "pageHeight", pageSize.height() },
+        { "quality", quality },
+        { "entries", entries },
+        { "books", books },
+        { "libraryPages", libraryPages },
+        { "largeWidth", largeSize.width() },
+        { "largeHeight", largeSize.height() },
+        { "bigBookPages", bigBookPages },
+        { "bigBookQuality", bigBookQuality },
     };
-    add("version", generatorVersion);
-    fields.insert(QStringLiteral("scale"), scale);
-    add("comicPages", comicPages);
-    add("pageWidth", pageSize.width());
-    add("pageHeight", pageSize.height());
-    add("quality", quality);
-    add("entries", entries);
-    add("books", books);
-    add("libraryPages", libraryPages);
-    add("largeWidth", largeSize.width());
-    add("largeHeight", largeSize.height());
-    add("bigBookPages", bigBookPages);
-    add("bigBookQuality", bigBookQuality);
-    return fields;
 }

@@ -2,9 +2,10 @@
 #ifndef WORKLOAD_H
 #define WORKLOAD_H
 
-#include <QMap>
 #include <QSize>
 #include <QString>
+
+#include <nlohmann/json_fwd.hpp>
 
 // The files that bench-workload makes, as its manifest (manifest.json in the
 // workload folder) describes them. The full workload is what the figures in
@@ -55,8 +56,8 @@ public:
     int bigBookQuality = 0;
 
 private:
-    // The manifest's fields, each value as its text.
-    QMap<QString, QString> fields() const;
+    // The manifest's fields: numbers, and the scale's name.
+    nlohmann::json manifest() const;
 };
 
 #endif

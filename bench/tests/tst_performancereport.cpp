@@ -2,8 +2,8 @@
 // The report's table from two runs' results: each Qt's figures land in its
 // own column, and the goals' verdicts follow the figures.
 
-#include "BenchCompat.h"
 #include "PerformanceReport.h"
+#include "TestSupport.h"
 
 #include <QFile>
 #include <QtTest>
@@ -68,8 +68,8 @@ private slots:
 
 void TestPerformanceReport::columnsPerQt()
 {
-    BenchCompat::TemporaryDir desktop;
-    BenchCompat::TemporaryDir device;
+    TestSupport::TemporaryDir desktop;
+    TestSupport::TemporaryDir device;
     QVERIFY(writeResults(desktop.path(), pageTurn(21.0, 20.0)));
     QVERIFY(writeResults(device.path(), pageTurn(22.0, 20.0)));
     PerformanceReport report;
@@ -99,8 +99,8 @@ void TestPerformanceReport::columnsPerQt()
 
 void TestPerformanceReport::bigBookOpenAllowsOnlyTheListing()
 {
-    BenchCompat::TemporaryDir within;
-    BenchCompat::TemporaryDir beyond;
+    TestSupport::TemporaryDir within;
+    TestSupport::TemporaryDir beyond;
     // 3 ms longer, 2.5 ms of it listing: 0.5 ms beyond, within 10 % of 30 ms.
     QVERIFY(writeResults(within.path(), bigBookOpen(33.0, 30.0, 3.0, 0.5)));
     // 6 ms longer with the same listing: 3.5 ms beyond, over the 3 ms allowed.
@@ -118,8 +118,8 @@ void TestPerformanceReport::bigBookOpenAllowsOnlyTheListing()
 
 void TestPerformanceReport::armCountsInTheDevicesColumn()
 {
-    BenchCompat::TemporaryDir desktop;
-    BenchCompat::TemporaryDir device;
+    TestSupport::TemporaryDir desktop;
+    TestSupport::TemporaryDir device;
     QVERIFY(writeResults(desktop.path(), pageTurn(21.0, 20.0)));
     QVERIFY(writeResults(device.path(), pageTurn(21.0, 20.0)));
     // As scripts/bench-instructions writes it: no benchmark context, so the

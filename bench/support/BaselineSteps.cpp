@@ -1,48 +1,49 @@
 // SPDX-License-Identifier: MIT
-#include "MandatedSteps.h"
+#include "BaselineSteps.h"
 
 #include "ComicZipArchive.h"
 
 #include <QPainter>
 
-MandatedSteps::MandatedSteps(const QString& comic, const QSize& screenSize)
+BaselineSteps::BaselineSteps(const QString& comic, const QSize& screenSize)
     : archive(new ComicZipArchive(comic))
     , screen(screenSize, QImage::Format_RGB32)
 {
 }
 
-MandatedSteps::~MandatedSteps()
+BaselineSteps::~BaselineSteps()
 {
     delete archive;
 }
 
-QByteArray MandatedSteps::inflate(const QString& entry)
+QByteArray BaselineSteps::inflate(const QString& entry)
 {
     return archive->raw(entry);
 }
 
-QImage MandatedSteps::decode(const QByteArray& bytes)
+QImage BaselineSteps::decode(const QByteArray& bytes)
 {
     QImage image;
     image.loadFromData(bytes);
     return image;
 }
 
-QImage MandatedSteps::scale(const QImage& page) const
+QImage BaselineSteps::scale(const QImage& page) const
 {
     return page.scaled(screen.size(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
-void MandatedSteps::draw(const QImage& scaled)
+void BaselineSteps::draw(const QImage& scaled)
 {
     QPainter painter(&screen);
     painter.fillRect(screen.rect(), Qt::white);
     // Centred as the view centres a page narrower than the screen.
-    const QPointF at((screen.width() - scaled.width()) / 2, (screen.height() - scaled.height()) / 2);
+    const QPointF at(
+        (screen.width() - scaled.width()) / 2, (screen.height() - scaled.height()) / 2);
     painter.drawImage(at, scaled);
 }
 
-bool MandatedSteps::show(const QString& entry)
+bool BaselineSteps::show(const QString& entry)
 {
     const QImage page = decode(inflate(entry));
     if (page.isNull())

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef MANDATEDSTEPS_H
-#define MANDATEDSTEPS_H
+#ifndef BASELINESTEPS_H
+#define BASELINESTEPS_H
 
 #include <QByteArray>
 #include <QImage>
@@ -13,11 +13,11 @@ class ComicZipArchive;
 // entry (libzip inflates it), decoding it in full, the smooth scale to fit
 // the screen, and filling and drawing the screen. A page turn is compared
 // with these steps on the same page.
-class MandatedSteps
+class BaselineSteps
 {
 public:
-    MandatedSteps(const QString& comic, const QSize& screen);
-    ~MandatedSteps();
+    BaselineSteps(const QString& comic, const QSize& screen);
+    ~BaselineSteps();
 
     QByteArray inflate(const QString& entry);
     static QImage decode(const QByteArray& bytes);
@@ -28,8 +28,8 @@ public:
     // What draw() drew.
     const QImage& screenImage() const { return screen; }
 
-    MandatedSteps(const MandatedSteps&) = delete;
-    MandatedSteps& operator=(const MandatedSteps&) = delete;
+    BaselineSteps(const BaselineSteps&) = delete;
+    BaselineSteps& operator=(const BaselineSteps&) = delete;
 
 private:
     ComicZipArchive* archive;
