@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocale>
@@ -78,8 +79,8 @@ CellFiller timed(double goal)
             cell.ours = milliseconds(counter(result, "ours_ms"));
             cell.reference = milliseconds(counter(result, "reference_ms"));
             cell.ratio = times(counter(result, "ratio"));
-            cell.verdict = goal > 0 ? verdict(counter(result, "ratio"), goal)
-                                    : QStringLiteral("reported");
+            cell.verdict
+                = goal > 0 ? verdict(counter(result, "ratio"), goal) : QStringLiteral("reported");
         }
         return cell;
     };
@@ -138,11 +139,11 @@ PerformanceReport::Cell largeImage(const QJsonObject& result)
     PerformanceReport::Cell cell;
     if (failed(result, &cell))
         return cell;
-    cell.ours = QStringLiteral("%1, %2 (%3 × %4 pixels)")
-                    .arg(milliseconds(counter(result, "ours_ms")),
-                        mebibytes(counter(result, "ours_mib")))
-                    .arg(counter(result, "width"))
-                    .arg(counter(result, "height"));
+    cell.ours
+        = QStringLiteral("%1, %2 (%3 × %4 pixels)")
+              .arg(milliseconds(counter(result, "ours_ms")), mebibytes(counter(result, "ours_mib")))
+              .arg(counter(result, "width"))
+              .arg(counter(result, "height"));
     cell.reference = QStringLiteral("full decode: %1, %2")
                          .arg(milliseconds(counter(result, "reference_ms")),
                              mebibytes(counter(result, "reference_mib")));
@@ -187,84 +188,97 @@ PerformanceReport::Cell armDecodeInstructions(const QJsonObject& result)
     return cell;
 }
 
+// Whether a row's verdict rests on wall times, which other work on the
+// machine moves; counts of instructions and of memory it does not.
+enum Measure { Counted, Timed };
+
 struct RowSpec
 {
     QString workload;
     QString goal;
     QString benchmark;
     CellFiller fill;
+    Measure measure;
 };
+
+const QString baselineSteps = QStringLiteral(
+    "the baseline steps on the same page (inflate, full decode, smooth scale, draw)");
 
 QList<RowSpec> rowSpecs()
 {
     return {
-        { QStringLiteral("page turn: `goToNextPage` + synchronous paint vs the baseline steps on "
-                         "the same page (inflate, full decode, smooth scale, draw)"),
-            QStringLiteral("≤ 1.05 ×"), QStringLiteral("view/page_turn"), timed(pageTurnGoal) },
+        { QStringLiteral("page turn: `goToNextPage` + synchronous paint vs ") + baselineSteps,
+            QStringLiteral("≤ 1.05 ×"), QStringLiteral("view/page_turn"), timed(pageTurnGoal),
+            Timed },
         { QStringLiteral("the same on the device's ARM (under `qemu-arm`): instructions of a "
                          "turn vs of the baseline steps, counted by QEMU's `insn` plug-in"),
             QStringLiteral("≤ 1.05 ×"), QStringLiteral("arm/page_turn_instructions"),
-            armInstructions },
+            armInstructions, Counted },
         { QStringLiteral("page on screen, whole process: `tamber render` vs `mutool draw`, both "
                          "writing PPM"),
-            QStringLiteral("report"), QStringLiteral("process/render_page_ppm"), timed(0) },
+            QStringLiteral("report"), QStringLiteral("process/render_page_ppm"), timed(0), Timed },
         { QStringLiteral("the same, both writing PNG"), QStringLiteral("report"),
-            QStringLiteral("process/render_page_png"), timed(0) },
+            QStringLiteral("process/render_page_png"), timed(0), Timed },
         { QStringLiteral("pan at zoom 2.0: one repaint after a drag vs copying one screen of "
                          "pixels"),
-            QStringLiteral("≤ 3 ×"), QStringLiteral("view/pan_zoom2"), timed(3.0) },
+            QStringLiteral("≤ 3 ×"), QStringLiteral("view/pan_zoom2"), timed(3.0), Timed },
         { QStringLiteral("parse of a comic of 5,000 entries, all signals vs `zipinfo -1`, whole "
                          "process"),
-            QStringLiteral("≤ 2 ×"), QStringLiteral("library/parse_entries"), timed(2.0) },
+            QStringLiteral("≤ 2 ×"), QStringLiteral("library/parse_entries"), timed(2.0), Timed },
         { QStringLiteral("import of 200 books (10,000 pages): `tamber import`, one process vs "
                          "the plug-in's `parse` alone"),
-            QStringLiteral("report"), QStringLiteral("library/import_folder"), timed(0) },
+            QStringLiteral("report"), QStringLiteral("library/import_folder"), timed(0), Timed },
         { QStringLiteral("memory while reading all pages of the comic in one view: peak RSS, and "
                          "its growth from page 10 to the last"),
             QStringLiteral("peak within; growth ≤ 2 MiB"), QStringLiteral("view/reading_memory"),
-            reading },
+            reading, Counted },
         { QStringLiteral("the big book (2,000 pages, over 2 GiB) read to its end in one view: "
                          "peak RSS, and its growth from page 10 to the last"),
             QStringLiteral("peak within; growth ≤ 2 MiB"), QStringLiteral("view/big_book_memory"),
-            reading },
+            reading, Counted },
         { QStringLiteral("the big book's page 1 on screen (a stored book, a new view) vs the "
                          "same page 1 in a book of the big book's first 10 pages, each beside "
                          "the time to list its entries (its page records and the file's names)"),
             QStringLiteral("no longer beyond the longer listing (%1 % of the small book's page 1 "
                            "allowed for noise)")
                 .arg(int(openAllowance * 100)),
-            QStringLiteral("view/big_book_open"), bigBookOpen },
+            QStringLiteral("view/big_book_open"), bigBookOpen, Timed },
         { QStringLiteral("a 12000 × 9000 JPEG through the single-image archive: time and peak "
                          "memory of the decode"),
-            QStringLiteral("memory ≤ 0.25 ×"), QStringLiteral("archive/large_image"), largeImage },
+            QStringLiteral("memory ≤ 0.25 ×"), QStringLiteral("archive/large_image"), largeImage,
+            Counted },
         { QStringLiteral("a page through the RAR extractor (shared RAR 5 sample) vs the same page "
                          "from the ZIP sample"),
-            QStringLiteral("report"), QStringLiteral("archive/rar_page"), timed(0) },
+            QStringLiteral("report"), QStringLiteral("archive/rar_page"), timed(0), Timed },
         { QStringLiteral("a lossy WebP page of the comic's size: `QImageReader` with our image "
                          "plug-in vs the decode time `dwebp -v` reports"),
-            QStringLiteral("≤ 1.1 ×"), QStringLiteral("webp/decode_page"), timed(1.1) },
+            QStringLiteral("≤ 1.1 ×"), QStringLiteral("webp/decode_page"), timed(1.1), Timed },
+        // avifdec reports no time of its own, and its run does more than the
+        // decode: no goal can be judged on it.
         { QStringLiteral("an AVIF page of the comic's size (`avifenc -s 8`, 4:2:0, default "
                          "quality): `QImageReader` with our image plug-in vs the wall time of "
-                         "`avifdec --jobs 1` writing Y4M less that of `avifdec --version` "
-                         "(avifdec reports no decode time)"),
-            QStringLiteral("≤ 1.1 ×"), QStringLiteral("avif/decode_page"), timed(1.1) },
+                         "`avifdec --jobs 1` writing Y4M less that of `avifdec --version`; not "
+                         "like for like, as avifdec's time also reads the file and writes the "
+                         "Y4M"),
+            QStringLiteral("report"), QStringLiteral("avif/decode_page"), timed(0), Timed },
         { QStringLiteral("a JPEG XL page of the comic's size (`cjxl -d 1`): `QImageReader` with "
                          "our image plug-in vs the decode time `djxl --num_threads=1` reports"),
-            QStringLiteral("≤ 1.1 ×"), QStringLiteral("jxl/decode_page"), timed(1.1) },
+            QStringLiteral("≤ 1.1 ×"), QStringLiteral("jxl/decode_page"), timed(1.1), Timed },
         { QStringLiteral("page turn in a comic of WebP pages (the comic's first 4 pages encoded, "
-                         "repeated) vs the baseline steps on the same page"),
-            QStringLiteral("report"), QStringLiteral("webp/page_turn"), timed(0) },
+                         "repeated) vs ")
+                + baselineSteps,
+            QStringLiteral("report"), QStringLiteral("webp/page_turn"), timed(0), Timed },
         { QStringLiteral("the same in a comic of AVIF pages"), QStringLiteral("report"),
-            QStringLiteral("avif/page_turn"), timed(0) },
+            QStringLiteral("avif/page_turn"), timed(0), Timed },
         { QStringLiteral("the same in a comic of JPEG XL pages"), QStringLiteral("report"),
-            QStringLiteral("jxl/page_turn"), timed(0) },
+            QStringLiteral("jxl/page_turn"), timed(0), Timed },
         { QStringLiteral("instructions of decoding the comic's page 1 made AVIF (`avifenc -s 8`, "
                          "4:2:0) through our image plug-in on the device's ARM (under "
                          "`qemu-arm`) vs decoding the same page in JPEG"),
             QStringLiteral("report"), QStringLiteral("arm/decode_avif_instructions"),
-            armDecodeInstructions },
+            armDecodeInstructions, Counted },
         { QStringLiteral("the same, the page made JPEG XL (`cjxl -d 1`)"), QStringLiteral("report"),
-            QStringLiteral("arm/decode_jxl_instructions"), armDecodeInstructions },
+            QStringLiteral("arm/decode_jxl_instructions"), armDecodeInstructions, Counted },
     };
 }
 
@@ -291,8 +305,23 @@ bool PerformanceReport::load(const QString& label, const QString& resultsDir, QS
             && (run.context.isEmpty()
                 || date < run.context.value(QStringLiteral("date")).toString()))
             run.context = context;
-        for (const QJsonValue& value : json.value(QStringLiteral("benchmarks")).toArray())
-            run.benchmarks << value.toObject();
+        const QString program = QFileInfo(name).completeBaseName();
+        for (const QJsonValue& value : json.value(QStringLiteral("benchmarks")).toArray()) {
+            QJsonObject benchmark = value.toObject();
+            benchmark.insert(QStringLiteral("program"), program);
+            run.benchmarks << benchmark;
+        }
+    }
+    const QDir loads(dir.filePath(QStringLiteral("load")));
+    for (const QString& name :
+        loads.entryList({ QStringLiteral("*.json") }, QDir::Files, QDir::Name)) {
+        QFile file(loads.filePath(name));
+        if (!file.open(QIODevice::ReadOnly)) {
+            *error = QStringLiteral("%1: cannot read").arg(file.fileName());
+            return false;
+        }
+        const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
+        run.loads.insert(record.value(QStringLiteral("program")).toString(), record);
     }
     if (run.benchmarks.isEmpty()) {
         *error = QStringLiteral("%1: no benchmark results").arg(resultsDir);
@@ -324,8 +353,19 @@ QList<PerformanceReport::Row> PerformanceReport::rows() const
     QList<Row> rows;
     for (const RowSpec& planned : rowSpecs()) {
         Row row { planned.workload, planned.goal, {} };
-        for (const Run& run : runs)
-            row.cells << planned.fill(benchmark(run, planned.benchmark));
+        for (const Run& run : runs) {
+            const QJsonObject result = benchmark(run, planned.benchmark);
+            Cell cell = planned.fill(result);
+            const bool judged = cell.verdict == QLatin1String("met")
+                || cell.verdict.startsWith(QLatin1String("missed"));
+            if (planned.measure == Timed && judged) {
+                const QString reason
+                    = busyReason(run, result.value(QStringLiteral("program")).toString());
+                if (!reason.isEmpty())
+                    cell.verdict = QStringLiteral("no verdict: ") + reason;
+            }
+            row.cells << cell;
+        }
         rows << row;
     }
     return rows;
@@ -348,7 +388,8 @@ QString PerformanceReport::text() const
         for (int i = 0; i < row.cells.size(); ++i) {
             const Cell& cell = row.cells.at(i);
             lines << QStringLiteral("    %1: ours %2 | reference %3 | ratio %4 | %5")
-                         .arg(runs.at(i).label, cell.ours, cell.reference, cell.ratio, cell.verdict);
+                         .arg(
+                             runs.at(i).label, cell.ours, cell.reference, cell.ratio, cell.verdict);
         }
     }
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
@@ -360,17 +401,85 @@ QString PerformanceReport::context(const Run& run)
     const QString date = context.value(QStringLiteral("date")).toString();
     const int cpus = context.value(QStringLiteral("num_cpus")).toInt();
     const int mhz = context.value(QStringLiteral("mhz_per_cpu")).toInt();
-    const QJsonArray load = context.value(QStringLiteral("load_avg")).toArray();
-    // Other work on the machine shows in the absolute figures more than in the ratios.
-    const QString loadText = load.isEmpty()
-        ? QString()
-        : QStringLiteral(", load average %1 at the start")
-              .arg(QString::number(load.first().toDouble(), 'f', 1));
-    return QStringLiteral("%1: run of %2 on %3 CPUs at %4 MHz%5.")
+    return QStringLiteral("%1: run of %2 on %3 CPUs at %4 MHz.")
         .arg(run.label, date)
         .arg(cpus)
-        .arg(mhz)
-        .arg(loadText);
+        .arg(mhz);
+}
+
+QString PerformanceReport::busyReason(const Run& run, const QString& program)
+{
+    const QJsonObject record = run.loads.value(program);
+    if (record.isEmpty())
+        return QStringLiteral("the load of the run was not recorded");
+    if (record.value(QStringLiteral("accepted")).toBool())
+        return QString();
+    return QStringLiteral("other work took %1 of %2 cores during the run (limit %3)")
+        .arg(QString::number(record.value(QStringLiteral("other_during")).toDouble(), 'f', 2))
+        .arg(record.value(QStringLiteral("cores")).toInt())
+        .arg(QString::number(record.value(QStringLiteral("limit")).toDouble(), 'f', 2));
+}
+
+QString PerformanceReport::loadTable() const
+{
+    QJsonObject any;
+    QStringList programs;
+    for (const Run& run : runs) {
+        for (auto it = run.loads.constBegin(); it != run.loads.constEnd(); ++it) {
+            any = it.value();
+            if (!programs.contains(it.key()))
+                programs << it.key();
+        }
+    }
+    if (programs.isEmpty())
+        return QStringLiteral("No run's load was recorded (the programs were not run by "
+                              "`scripts/bench`), so no verdict on a time is given.\n\n");
+    programs.sort();
+    QString table = QStringLiteral(
+        "The load of each program's run: the other work on the machine while it ran, in cores "
+        "(the machine's busy CPU time, less the program's own and its children's, over its "
+        "wall time), then the kernel's 1-minute load average at its start and at its end. A "
+        "verdict on times (\"met\", \"missed\") stands only for a run whose other work stayed "
+        "within a quarter of the cores (%1 of %2): `scripts/bench` waits for a quiet machine "
+        "before each program, runs a busier one again, up to %3 times in all, and otherwise "
+        "keeps its least busy run, whose timed rows then say \"no verdict\". Counts of "
+        "instructions and of memory are judged whatever the load.\n\n")
+                        .arg(QString::number(any.value(QStringLiteral("limit")).toDouble(), 'f', 2))
+                        .arg(any.value(QStringLiteral("cores")).toInt())
+                        .arg(any.value(QStringLiteral("attempts")).toInt());
+    table += QStringLiteral("| program |");
+    QString rule = QStringLiteral("|---|");
+    for (const Run& run : runs) {
+        table += QStringLiteral(" %1 |").arg(run.label);
+        rule += QStringLiteral("---|");
+    }
+    table += QLatin1Char('\n') + rule + QLatin1Char('\n');
+    for (const QString& program : programs) {
+        table += QStringLiteral("| `%1` |").arg(program);
+        for (const Run& run : runs) {
+            const QJsonObject record = run.loads.value(program);
+            if (record.isEmpty()) {
+                table += QStringLiteral(" not recorded |");
+                continue;
+            }
+            auto value = [&record](const char* key) {
+                return QString::number(record.value(QLatin1String(key)).toDouble(), 'f', 2);
+            };
+            table += QStringLiteral(" other work %1 cores; load average %2 → %3; %4 s, run %5 of "
+                                    "%6, %7 |")
+                         .arg(value("other_during"), value("load_average_start"),
+                             value("load_average_end"),
+                             QString::number(
+                                 record.value(QStringLiteral("wall_s")).toDouble(), 'f', 0))
+                         .arg(record.value(QStringLiteral("attempt")).toInt())
+                         .arg(record.value(QStringLiteral("attempts")).toInt())
+                         .arg(record.value(QStringLiteral("accepted")).toBool()
+                                 ? QStringLiteral("quiet")
+                                 : QStringLiteral("**busy: no verdict on its times**"));
+        }
+        table += QLatin1Char('\n');
+    }
+    return table + QLatin1Char('\n');
 }
 
 QString PerformanceReport::stepsTable() const
@@ -404,7 +513,8 @@ QString PerformanceReport::stepsTable() const
                 table += QStringLiteral(" not run | |");
             else
                 table += QStringLiteral(" %1 | %2 |")
-                             .arg(milliseconds(value), decode > 0 ? times(value / decode) : QString());
+                             .arg(milliseconds(value),
+                                 decode > 0 ? times(value / decode) : QString());
         }
         table += QLatin1Char('\n');
     }
@@ -420,10 +530,12 @@ QString PerformanceReport::markdown(const QString& workloadSummary, const QStrin
     page += QStringLiteral("# Performance\n\n");
     page += QStringLiteral(
         "Written by `scripts/bench` from its runs' results and `bench/performance-notes.md`: "
-        "edit those, not this page. %1 Every figure is a median, and every ratio is ours over "
-        "the reference, both measured in turns in the same run.\n\n")
+        "edit those, not this page. %1 Every figure is a median of pairs in which ours and the "
+        "reference were measured in turns in the same run, and every ratio is the median of "
+        "the pairs' ratios, ours over the reference.\n\n")
                 .arg(contexts.join(QLatin1Char(' ')));
     page += workloadSummary + QStringLiteral("\n\n");
+    page += loadTable();
     page += QStringLiteral("| workload | goal |");
     QString rule = QStringLiteral("|---|---|");
     for (const Run& run : runs) {

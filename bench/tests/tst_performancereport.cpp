@@ -1,26 +1,43 @@
 // SPDX-License-Identifier: MIT
 // The report's table from two runs' results: each Qt's figures land in its
-// own column, and the goals' verdicts follow the figures.
+// own column, the goals' verdicts follow the figures, and a verdict on times
+// stands only where scripts/bench found the run quiet.
 
 #include "PerformanceReport.h"
 #include "TestSupport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QtTest>
 
 namespace {
 
-// A results folder holding one benchmark program's output of these benchmarks.
-bool writeResults(const QString& dir, const QString& benchmarks)
+enum RunLoad { Quiet, Busy, Unrecorded };
+
+// A results folder holding one benchmark program's output of these
+// benchmarks, and, as scripts/bench writes it, the load of its run.
+bool writeResults(const QString& dir, const QString& benchmarks, RunLoad load = Quiet)
 {
     QFile file(dir + QStringLiteral("/bench_view.json"));
-    return file.open(QIODevice::WriteOnly)
-        && file.write(QStringLiteral("{\"context\": {\"date\": \"2026-01-01T00:00:00\", "
+    if (!file.open(QIODevice::WriteOnly)
+        || file.write(QStringLiteral("{\"context\": {\"date\": \"2026-01-01T00:00:00\", "
                                      "\"num_cpus\": 2, \"mhz_per_cpu\": 2600, "
                                      "\"load_avg\": [0.5]}, \"benchmarks\": [%1]}")
                           .arg(benchmarks)
                           .toUtf8())
-        > 0;
+            <= 0)
+        return false;
+    if (load == Unrecorded)
+        return true;
+    const QByteArray record = QByteArray("{\"program\": \"bench_view\", \"cores\": 2, "
+                                         "\"limit\": 0.50, \"attempt\": 3, \"attempts\": 3, "
+                                         "\"accepted\": ")
+        + (load == Quiet ? "true" : "false")
+        + ", \"other_before\": 0.10, \"other_during\": " + (load == Quiet ? "0.05" : "1.20")
+        + ", \"load_average_start\": 0.30, \"load_average_end\": 1.40, \"wall_s\": 95}";
+    QFile loadFile(dir + QStringLiteral("/load/bench_view.json"));
+    return QDir().mkpath(dir + QStringLiteral("/load")) && loadFile.open(QIODevice::WriteOnly)
+        && loadFile.write(record) == record.size();
 }
 
 QString pageTurn(double ours, double reference)
@@ -30,6 +47,16 @@ QString pageTurn(double ours, double reference)
         .arg(ours)
         .arg(reference)
         .arg(ours / reference);
+}
+
+QString readingMemory(double peak, double limit)
+{
+    return QStringLiteral("{\"name\": \"view/reading_memory\", \"peak_mib\": %1, "
+                          "\"limit_mib\": %2, \"ratio\": %3, \"growth_mib\": 1.0, "
+                          "\"baseline_mib\": 30}")
+        .arg(peak)
+        .arg(limit)
+        .arg(peak / limit);
 }
 
 QString bigBookOpen(double big, double small, double bigList, double smallList)
@@ -64,6 +91,7 @@ private slots:
     void columnsPerQt();
     void bigBookOpenAllowsOnlyTheListing();
     void armCountsInTheDevicesColumn();
+    void busyRunJudgesNoTimes();
 };
 
 void TestPerformanceReport::columnsPerQt()
@@ -157,6 +185,45 @@ void TestPerformanceReport::armCountsInTheDevicesColumn()
     QCOMPARE(jxl->cells.at(1).reference, QStringLiteral("60,000,000 instructions (JPEG)"));
     QCOMPARE(jxl->cells.at(1).ratio, QStringLiteral("1.50 ×"));
     QVERIFY(report.markdown(QString(), QString()).contains(QStringLiteral("run of 2026-01-01")));
+}
+
+void TestPerformanceReport::busyRunJudgesNoTimes()
+{
+    TestSupport::TemporaryDir busy;
+    TestSupport::TemporaryDir unrecorded;
+    const QString results = pageTurn(21.0, 20.0) + QLatin1Char(',') + readingMemory(60.0, 100.0)
+        + QLatin1Char(',') + bigBookOpen(33.0, 30.0, 3.0, 0.5);
+    QVERIFY(writeResults(busy.path(), results, Busy));
+    QVERIFY(writeResults(unrecorded.path(), results, Unrecorded));
+    PerformanceReport report;
+    QString error;
+    QVERIFY2(report.load(QStringLiteral("busy"), busy.path(), &error), qPrintable(error));
+    QVERIFY2(
+        report.load(QStringLiteral("unrecorded"), unrecorded.path(), &error), qPrintable(error));
+    const QList<PerformanceReport::Row> rows = report.rows();
+
+    // The figures stay; the verdict on them goes, with the reason.
+    const PerformanceReport::Row* turn = rowOf(rows, "page turn");
+    QVERIFY(turn);
+    QCOMPARE(turn->cells.at(0).ratio, QStringLiteral("1.05 ×"));
+    QCOMPARE(turn->cells.at(0).verdict,
+        QStringLiteral("no verdict: other work took 1.20 of 2 cores during the run (limit 0.50)"));
+    QCOMPARE(turn->cells.at(1).verdict,
+        QStringLiteral("no verdict: the load of the run was not recorded"));
+    const PerformanceReport::Row* open = rowOf(rows, "the big book's page 1");
+    QVERIFY(open);
+    QVERIFY(open->cells.at(0).verdict.startsWith(QLatin1String("no verdict")));
+    // Memory is judged whatever the load.
+    const PerformanceReport::Row* memory = rowOf(rows, "memory while reading");
+    QVERIFY(memory);
+    QCOMPARE(memory->cells.at(0).verdict, QStringLiteral("met"));
+    QCOMPARE(memory->cells.at(1).verdict, QStringLiteral("met"));
+
+    // The page says which run was busy.
+    const QString page = report.markdown(QString(), QString());
+    QVERIFY(page.contains(QStringLiteral(
+        "| `bench_view` | other work 1.20 cores; load average 0.30 → 1.40; 95 s, run 3 of 3, "
+        "**busy: no verdict on its times** | not recorded |")));
 }
 
 QTEST_APPLESS_MAIN(TestPerformanceReport)
