@@ -23,8 +23,12 @@ double PairedSamples::referenceMedian() const
 
 double PairedSamples::ratio() const
 {
-    const double reference = referenceMedian();
-    return reference > 0 ? oursMedian() / reference : 0.0;
+    QVector<double> ratios;
+    for (int i = 0; i < oursSeconds.size(); ++i) {
+        if (referenceSeconds.at(i) > 0)
+            ratios << oursSeconds.at(i) / referenceSeconds.at(i);
+    }
+    return median(ratios);
 }
 
 void PairedSamples::report(benchmark::State& state) const

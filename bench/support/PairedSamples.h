@@ -12,7 +12,10 @@ class State;
 
 // Times of ours and of the reference, taken in turns within one run, so that
 // whatever else the machine does falls on both alike. Figures are medians;
-// the ratio is the ratio of the two medians.
+// the ratio is the median of the pairs' ratios. A pair is the same work done
+// both ways at the same moment, while the work may differ from pair to pair
+// (a comic's pages): the median of each side alone can then land on
+// different pages, and a ratio of the two medians compares unlike work.
 class PairedSamples
 {
 public:
