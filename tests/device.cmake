@@ -13,5 +13,6 @@ if(CMAKE_CROSSCOMPILING)
     COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/devicepackage/check.sh ${CMAKE_BINARY_DIR}
       $<TARGET_FILE:devicehost> ${TAMBER_SAMPLES_DIR})
   tamber_test_environment(device-package)
-  set_tests_properties(device-package PROPERTIES LABELS package TIMEOUT 300)
+  # 77: the RAR sample is not beside the checkout, so that case was skipped.
+  set_tests_properties(device-package PROPERTIES LABELS package TIMEOUT 300 SKIP_RETURN_CODE 77)
 endif()
