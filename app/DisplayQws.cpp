@@ -43,6 +43,28 @@ QByteArray qtKeyFile(const QString& key, const char* prefix)
         + QLatin1String(QCryptographicHash::hash(key.toUtf8(), QCryptographicHash::Sha1).toHex()));
 }
 
+// The key files of the VNC screen of display number, as Qt 4.8 names them
+// after the display and the screen's size in bytes. These names are Qt's
+// private ones: makeApplication checks them against the files the server
+// made, and says so when they differ.
+struct ScreenKeys
+{
+    QByteArray memoryFile;
+    QByteArray semaphoreFile;
+};
+
+ScreenKeys screenKeys(int number)
+{
+    const int bytes = screenSize.width() * screenSize.height() * screenDepth / 8;
+    const QString key
+        = QStringLiteral("/tmp/qtembedded-%1/QtEmbedded-%1_vnc_%1_%2").arg(number).arg(bytes);
+    return { qtKeyFile(key, "qipc_sharedmemory_"), qtKeyFile(key, "qipc_systemsem_") };
+}
+
+// The display this run serves on its own, or -1 when it shows on the
+// environment's.
+int ownDisplay = -1;
+
 // A run that was killed leaves its screen's shared memory and the semaphore
 // that guards it, which Qt finds again by the same key: the next server of
 // that display would take the memory over with a warning, or wait for ever
@@ -50,21 +72,17 @@ QByteArray qtKeyFile(const QString& key, const char* prefix)
 // lock says so), so whatever it left is removed, with the key files.
 void removeStaleScreen(int number)
 {
-    const int bytes = screenSize.width() * screenSize.height() * screenDepth / 8;
-    const QString key
-        = QStringLiteral("/tmp/qtembedded-%1/QtEmbedded-%1_vnc_%1_%2").arg(number).arg(bytes);
-    const QByteArray memoryFile = qtKeyFile(key, "qipc_sharedmemory_");
-    const QByteArray semaphoreFile = qtKeyFile(key, "qipc_systemsem_");
-    const key_t memory = ftok(memoryFile.constData(), 'Q');
+    const ScreenKeys keys = screenKeys(number);
+    const key_t memory = ftok(keys.memoryFile.constData(), 'Q');
     const int segment = memory == -1 ? -1 : shmget(memory, 0, 0);
     if (segment != -1)
         shmctl(segment, IPC_RMID, nullptr);
-    const key_t guard = ftok(semaphoreFile.constData(), 'Q');
+    const key_t guard = ftok(keys.semaphoreFile.constData(), 'Q');
     const int semaphore = guard == -1 ? -1 : semget(guard, 1, 0);
     if (semaphore != -1)
         semctl(semaphore, 0, IPC_RMID);
-    ::unlink(memoryFile.constData());
-    ::unlink(semaphoreFile.constData());
+    ::unlink(keys.memoryFile.constData());
+    ::unlink(keys.semaphoreFile.constData());
 }
 
 // Qt's own folder: where libQtCore was loaded from. The SDK keeps its fonts
@@ -140,6 +158,7 @@ bool prepare(const QString& command, bool needsWindow)
         return false;
     }
     removeStaleScreen(number);
+    ownDisplay = number;
     qputenv("QWS_DISPLAY",
         QStringLiteral("VNC:size=%1x%2:depth=%3:%4")
             .arg(screenSize.width())
@@ -159,6 +178,17 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     // The server starts with painting off; as the device's, it paints the
     // windows it shows.
     QWSServer::instance()->enablePainting(true);
+    // Had Qt named the screen's keys otherwise, a killed run's screen would
+    // stay behind unnoticed: say so while the run can still be looked at.
+    if (ownDisplay >= 0) {
+        const ScreenKeys keys = screenKeys(ownDisplay);
+        if (!QFile::exists(QFile::decodeName(keys.memoryFile))
+            || !QFile::exists(QFile::decodeName(keys.semaphoreFile)))
+            Application::warn(QStringLiteral("the screen of display %1 has no key files where "
+                                             "this build looks for them; a killed run's screen "
+                                             "will not be removed")
+                                  .arg(ownDisplay));
+    }
     // The image plug-ins of the Qt we run on, wherever it was unpacked.
     const QString plugins = qtLibraryFolder() + QStringLiteral("/../plugins");
     if (QFileInfo(plugins).isDir())

@@ -237,5 +237,5 @@ void TestArchives::imageWithinThePixelBudget()
         QVERIFY2(log.lines().first().startsWith(line), qPrintable(log.lines().first()));
 }
 
-QTEST_MAIN(TestArchives)
+TAMBER_TEST_MAIN(TestArchives)
 #include "tst_archives.moc"

@@ -238,5 +238,5 @@ void TestDurability::fullDiskLeavesTheLibraryAsItWas()
     QCOMPARE(after.position, QString());
 }
 
-QTEST_MAIN(TestDurability)
+TAMBER_TEST_MAIN(TestDurability)
 #include "tst_durability.moc"

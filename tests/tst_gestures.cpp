@@ -252,5 +252,5 @@ void TestGestures::panningViewWeighsWholeDragsAndBoundedPinches()
     QCOMPARE(view.offsets.join(QStringLiteral(" ")), result);
 }
 
-QTEST_MAIN(TestGestures)
+TAMBER_TEST_MAIN(TestGestures)
 #include "tst_gestures.moc"

@@ -206,8 +206,8 @@ void TestHostile::hostileFile_data()
         listsOnePage + "exec cat /dev/zero", 60);
     row("an extractor dying part way through an entry", "book.cbr", rar, { nullImage },
         QByteArray(), listsOnePage + "head -c 200 \"$(dirname \"$0\")/page.png\"; kill -SEGV $$");
-    row("an extractor hanging on an entry is abandoned after 30 s", "book.cbr", rar, { nullImage },
-        QByteArray(), listsOnePage + "exec sleep 600", 50);
+    // A hanging extractor is waited out once, by tst_rararchive_standins: the
+    // same run serves the listing and the entries.
 }
 
 void TestHostile::hostileFile()
@@ -289,5 +289,5 @@ void TestHostile::hostileFile()
     qDebug("%s: %s s, peak %lld MB", QTest::currentDataTag(), ended.at(2).constData(), peakMb);
 }
 
-QTEST_MAIN(TestHostile)
+TAMBER_TEST_MAIN(TestHostile)
 #include "tst_hostile.moc"

@@ -236,5 +236,5 @@ void TestLibrary::traceValuesHaveTheirJsonShape()
         QString::fromUtf8("\"\\\"Ça\\\"\\n\""));
 }
 
-QTEST_GUILESS_MAIN(TestLibrary)
+TAMBER_TEST_GUILESS_MAIN(TestLibrary)
 #include "tst_library.moc"

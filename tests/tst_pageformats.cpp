@@ -477,5 +477,5 @@ void TestPageFormats::badInput()
         QCOMPARE(image.size(), scaled.isValid() ? scaled : claimed);
 }
 
-QTEST_MAIN(TestPageFormats)
+TAMBER_TEST_MAIN(TestPageFormats)
 #include "tst_pageformats.moc"

@@ -90,5 +90,5 @@ void TestPageOrder::pageList()
     QCOMPARE(comicPageNames(path), pages);
 }
 
-QTEST_MAIN(TestPageOrder)
+TAMBER_TEST_MAIN(TestPageOrder)
 #include "tst_pageorder.moc"

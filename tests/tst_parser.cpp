@@ -148,5 +148,5 @@ void TestParser::metaObjectAsTheHostSeesIt()
             "signal imageParsed(Volume,QImage) volume,image" }));
 }
 
-QTEST_MAIN(TestParser)
+TAMBER_TEST_MAIN(TestParser)
 #include "tst_parser.moc"

@@ -145,5 +145,5 @@ void TestPluginLoader::parsersAreNewObjectsOwnedByTheCaller()
     QVERIFY(first->qt_metacast("ParserInterface"));
 }
 
-QTEST_GUILESS_MAIN(TestPluginLoader)
+TAMBER_TEST_GUILESS_MAIN(TestPluginLoader)
 #include "tst_pluginloader.moc"

@@ -80,5 +80,5 @@ void TestQtLoader::parsesAndPaintsThroughTheInterface()
     Library::close();
 }
 
-QTEST_MAIN(TestQtLoader)
+TAMBER_TEST_MAIN(TestQtLoader)
 #include "tst_qtloader.moc"

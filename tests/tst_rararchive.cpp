@@ -183,5 +183,5 @@ void TestRarArchive::extractorRefuses()
     QCOMPARE(extractor.readAllStandardError().startsWith("usage: "), usage);
 }
 
-QTEST_MAIN(TestRarArchive)
+TAMBER_TEST_MAIN(TestRarArchive)
 #include "tst_rararchive.moc"

@@ -458,5 +458,5 @@ void TestReader::dogEarOfThePage()
     QCOMPARE(left, leftAfterRemoving);
 }
 
-QTEST_MAIN(TestReader)
+TAMBER_TEST_MAIN(TestReader)
 #include "tst_reader.moc"

@@ -213,5 +213,5 @@ void TestSession::renderFailuresExitWithStatus1()
     QVERIFY(!QFile::exists(path("page.png")));
 }
 
-QTEST_GUILESS_MAIN(TestSession)
+TAMBER_TEST_GUILESS_MAIN(TestSession)
 #include "tst_session.moc"

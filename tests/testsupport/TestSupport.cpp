@@ -23,6 +23,22 @@
 
 namespace TestSupport {
 
+namespace {
+bool skipped = false;
+}
+
+void noteSkip()
+{
+    skipped = true;
+}
+
+int exitStatus(int failures)
+{
+    if (failures != 0)
+        return failures == skipStatus ? 1 : failures;
+    return skipped ? skipStatus : 0;
+}
+
 QByteArray joined(const QList<QByteArray>& parts, char separator)
 {
     QByteArray text;

@@ -17,6 +17,7 @@
 #include <QStringList>
 #include <QtGlobal>
 #include <QtTest/QTest>
+#include <QApplication>
 
 #include <memory>
 
@@ -32,18 +33,6 @@ class QWidget;
 // Qt 5 knows containers of its own types as test data; Qt 4 is told.
 Q_DECLARE_METATYPE(QList<QPoint>)
 Q_DECLARE_METATYPE(QList<int>)
-
-// Qt 5's one-argument form, which skips as Qt 4's SkipAll does.
-#undef QSKIP
-#define QSKIP(message)                                                                             \
-    do {                                                                                           \
-        QTest::qSkip(message, QTest::SkipAll, __FILE__, __LINE__);                                 \
-        return;                                                                                    \
-    } while (false)
-
-// Qt 4's programs take their display server's options (-qws), which only a
-// QApplication consumes.
-#define QTEST_GUILESS_MAIN(TestObject) QTEST_MAIN(TestObject)
 #endif
 
 #if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
@@ -234,5 +223,64 @@ private:
         if (TestSupport::samplesDir().isEmpty())                                                   \
             QSKIP("../shared/samples is not beside the checkout; sample tests skipped");           \
     } while (false)
+
+namespace TestSupport {
+
+// The exit status that ctest counts as skipped (SKIP_RETURN_CODE).
+const int skipStatus = 77;
+// Records that the running suite skipped a case.
+void noteSkip();
+// A suite program's exit status: its failures, or skipStatus when every case
+// that ran passed and some were skipped, so that no skip reads as a pass.
+int exitStatus(int failures);
+
+} // namespace TestSupport
+
+// Skips as QSKIP does, and is remembered for the exit status. Qt 4 is told to
+// skip the one row, as Qt 5 does; from initTestCase, the whole suite.
+#undef QSKIP
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+#define QSKIP(message)                                                                             \
+    do {                                                                                           \
+        TestSupport::noteSkip();                                                                   \
+        QTest::qSkip(message, __FILE__, __LINE__);                                                 \
+        return;                                                                                    \
+    } while (false)
+#else
+#define QSKIP(message)                                                                             \
+    do {                                                                                           \
+        TestSupport::noteSkip();                                                                   \
+        QTest::qSkip(message,                                                                      \
+            qstrcmp(QTest::currentTestFunction(), "initTestCase") == 0 ? QTest::SkipAll            \
+                                                                       : QTest::SkipSingle,        \
+            __FILE__, __LINE__);                                                                   \
+        return;                                                                                    \
+    } while (false)
+#endif
+
+// A suite's program, as QTEST_MAIN and QTEST_GUILESS_MAIN make it, with the
+// exit status above. Qt 4's programs take their display server's options
+// (-qws), which only a QApplication consumes.
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+#define TAMBER_TEST_MAIN_WITH(ApplicationClass, TestObject)                                        \
+    int main(int argc, char* argv[])                                                               \
+    {                                                                                              \
+        ApplicationClass application(argc, argv);                                                  \
+        QCoreApplication::setAttribute(Qt::AA_Use96Dpi, true);                                     \
+        TestObject test;                                                                           \
+        return TestSupport::exitStatus(QTest::qExec(&test, argc, argv));                           \
+    }
+#define TAMBER_TEST_GUILESS_MAIN(TestObject) TAMBER_TEST_MAIN_WITH(QCoreApplication, TestObject)
+#else
+#define TAMBER_TEST_MAIN_WITH(ApplicationClass, TestObject)                                        \
+    int main(int argc, char* argv[])                                                               \
+    {                                                                                              \
+        ApplicationClass application(argc, argv);                                                  \
+        TestObject test;                                                                           \
+        return TestSupport::exitStatus(QTest::qExec(&test, argc, argv));                           \
+    }
+#define TAMBER_TEST_GUILESS_MAIN(TestObject) TAMBER_TEST_MAIN_WITH(QApplication, TestObject)
+#endif
+#define TAMBER_TEST_MAIN(TestObject) TAMBER_TEST_MAIN_WITH(QApplication, TestObject)
 
 #endif
