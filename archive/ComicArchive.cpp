@@ -2,10 +2,50 @@
 #include "ComicArchive.h"
 
 #include <QBuffer>
+#include <QDebug>
 #include <QImageReader>
 #include <QtEndian>
 
 namespace {
+
+// The sizes Qt's JPEG reader decodes to directly, as eighths of the whole.
+// Qt 5 asks libjpeg for any M/8; Qt 4 only for 1/2, 1/4 and 1/8, and decodes
+// whole for anything between.
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+const int jpegEighths[] = { 7, 6, 5, 4, 3, 2, 1 };
+#else
+const int jpegEighths[] = { 4, 2, 1 };
+#endif
+
+qint64 pixels(const QSize& size)
+{
+    return qint64(size.width()) * size.height();
+}
+
+// The largest size within the budget that the decoder makes without scaling
+// afterwards; invalid when even its smallest is over. The request is rounded
+// down, which makes Qt pick exactly that fraction; libjpeg rounds its output
+// up, so the output is what is measured.
+QSize reducedSize(const QByteArray& format, const QSize& full)
+{
+    if (format == "jpeg") {
+        for (const int eighths : jpegEighths) {
+            const QSize output(int((full.width() * qint64(eighths) + 7) / 8),
+                int((full.height() * qint64(eighths) + 7) / 8));
+            if (pixels(output) <= ComicArchive::pixelBudget)
+                return QSize(int(qMax<qint64>(1, full.width() * qint64(eighths) / 8)),
+                    int(qMax<qint64>(1, full.height() * qint64(eighths) / 8)));
+        }
+        return QSize();
+    }
+    // Drawings and WebP decode at any size: a quarter smaller a step, as the
+    // single-image file does.
+    QSize size = full;
+    do {
+        size = QSize(int(size.width() * 0.75), int(size.height() * 0.75));
+    } while (pixels(size) > ComicArchive::pixelBudget);
+    return size;
+}
 
 // The size the decoder allocates. Drawings render at the scaled size, and
 // libwebp decodes at it (our WebP plug-in bounds what it needs besides). Qt's
@@ -53,17 +93,20 @@ QSize ComicArchive::imageSize(QImageReader& reader)
     return size.isValid() ? size.expandedTo(screen) : screen;
 }
 
+bool ComicArchive::decodesReduced(QImageReader& reader)
+{
+    const QByteArray format = reader.format();
+    return reader.supportsOption(QImageIOHandler::ScaledSize)
+        && (format == "jpeg" || format == "webp" || format.startsWith("svg"));
+}
+
 bool ComicArchive::fitsMemoryLimit(QImageReader& reader)
 {
     // Qt has no allocation limit of its own: it decodes a header that claims
-    // 65,500 × 65,500 pixels into 16 GiB.
+    // 65,500 × 65,500 pixels into 16 GiB. Counted at 32 bits a pixel: Qt 4's
+    // readers spoil a palette PNG's decode when asked for its format first.
     const QSize size = workingSize(reader, imageSize(reader));
-    if (!size.isValid())
-        return true;
-    // 32 bits a pixel where the reader cannot tell its format.
-    const QImage::Format format = reader.imageFormat();
-    const qint64 bits = format == QImage::Format_Invalid ? 32 : QImage(1, 1, format).depth();
-    return (size.width() * bits + 7) / 8 * size.height() <= memoryLimit;
+    return !size.isValid() || pixels(size) * 4 <= memoryLimit;
 }
 
 QImage ComicArchive::decode(const QByteArray& bytes)
@@ -72,5 +115,17 @@ QImage ComicArchive::decode(const QByteArray& bytes)
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer);
+
+    const QSize size = imageSize(reader);
+    if (size.isValid() && pixels(size) > pixelBudget) {
+        const QSize reduced
+            = decodesReduced(reader) ? reducedSize(reader.format(), size) : QSize();
+        if (!reduced.isValid()) {
+            qDebug() << "Image too big and scaling not supported, bailing!";
+            return QImage();
+        }
+        qDebug() << "Image too big, scaling to" << reduced;
+        reader.setScaledSize(reduced);
+    }
     return fitsMemoryLimit(reader) ? reader.read() : QImage();
 }

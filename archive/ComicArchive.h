@@ -13,10 +13,13 @@ class QImageReader;
 class ComicArchive
 {
 public:
-    // The most memory that one entry may take, read or decoded. Only a crafted
-    // or broken file comes near it; beyond it an entry reads as unreadable and
-    // decodes as a null image, so that no file can exhaust the device's memory.
+    // The most memory that one entry's bytes may take. Only a crafted or broken
+    // file comes near it; beyond it an entry reads as unreadable.
     static constexpr qint64 memoryLimit = qint64(256) << 20;
+    // The most pixels decoded at full size: 4096 × 4096. A larger image is
+    // decoded smaller by a decoder that can, and otherwise not at all, so that
+    // no page costs more memory than a page of this size.
+    static constexpr qint64 pixelBudget = qint64(4096) * 4096;
 
     // Implementations pass their path; nothing of it is kept here.
     explicit ComicArchive(const QString& path);
@@ -34,10 +37,15 @@ protected:
     // The size the reader's image decodes to, without decoding it: its size(),
     // corrected where Qt's decoder reports less than it makes.
     static QSize imageSize(QImageReader& reader);
+    // Whether the reader's decoder makes a smaller image while it decodes.
+    // Qt's PNG reader, among others, claims the scaled-size option but decodes
+    // the whole image first, which is what the budget has to prevent.
+    static bool decodesReduced(QImageReader& reader);
     // Whether the image that reader is about to decode fits memoryLimit at the
     // size its decoder works at. True when the reader cannot tell the size.
     static bool fitsMemoryLimit(QImageReader& reader);
-    // The bytes decoded as QImage::loadFromData does, within memoryLimit.
+    // The bytes decoded within pixelBudget, with the lines a reader of the
+    // log sees for a page over it.
     static QImage decode(const QByteArray& bytes);
 };
 

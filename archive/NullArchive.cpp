@@ -49,7 +49,9 @@ QImage NullArchive::data(const QString& name)
             height = int(height * shrinkFactor);
         } while (pixelCount(width, height) > pixelBudget);
 
-        if (!reader.supportsOption(QImageIOHandler::ScaledSize)) {
+        // Only a decoder that decodes smaller: one that shrinks afterwards
+        // would hold the whole image first.
+        if (!decodesReduced(reader)) {
             qDebug() << "Image too big and scaling not supported, bailing!";
             return QImage();
         }

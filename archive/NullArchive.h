@@ -15,7 +15,7 @@ public:
     // The path, exactly as given.
     QStringList files() override;
     // The image file named name, shrunk by the decoder when it holds more
-    // than 4096 × 4096 pixels; null when that format cannot shrink it.
+    // than 4096 × 4096 pixels; null when that format cannot decode smaller.
     QImage data(const QString& name) override;
 
 private:

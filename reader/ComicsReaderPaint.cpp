@@ -14,6 +14,8 @@
 #include <QRectF>
 #include <QTransform>
 
+#include <cmath>
+
 namespace {
 
 // The prepared page, opaque and in the format the backing store takes
@@ -30,6 +32,55 @@ QImage opaqueOnWhite(const QImage& image)
     QPainter painter(&page);
     painter.drawImage(0, 0, image);
     return page;
+}
+
+// The most pixels a prepared page may have, on any view: a comic-shaped page
+// of the decode budget at the highest zoom in landscape on a large screen.
+const qint64 preparedBudget = 2 * ComicArchive::pixelBudget;
+// A comic page's shape, height over width (3300 × 5080, the common scan). In
+// landscape, where a page is scaled to the view's height across, a longer
+// page takes no more pixels than a page of this shape: a strip shows narrower.
+const double comicShape = 5080.0 / 3300.0;
+
+// The size at width for an image of the given shape, as scaledToWidth makes it.
+int heightAtWidth(const QSize& image, int width)
+{
+    return qMax(1, qRound(double(image.height()) * width / image.width()));
+}
+
+// The page scaled for the zoom and turned on its side in landscape, as the view
+// shows it, within preparedBudget. The decoded page is released as soon as the
+// scaled one exists, and each copy as soon as the next does, so that at most
+// two images live at once.
+QImage prepared(QImage& page, int rotation, double zoom, const QSize& view)
+{
+    const bool landscape = (rotation & ~2) == 1;
+    QImage scaled;
+    if (landscape) {
+        // Turned on its side, the page's width runs along the view's height.
+        int width = int(view.height() * zoom);
+        const double most = qMin(double(preparedBudget), double(width) * width * comicShape);
+        if (!page.isNull() && double(width) * heightAtWidth(page.size(), width) > most)
+            width = qMax(1, int(std::sqrt(most * page.width() / page.height())));
+        scaled = page.scaledToWidth(width, Qt::SmoothTransformation);
+    } else {
+        QSize box(int(view.width() * zoom), int(view.height() * zoom));
+        const QSize fitted = page.size().scaled(box, Qt::KeepAspectRatio);
+        const double over = double(fitted.width()) * fitted.height() / preparedBudget;
+        if (over > 1.0)
+            box = QSize(int(box.width() / std::sqrt(over)), int(box.height() / std::sqrt(over)));
+        scaled = page.scaled(box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    page = QImage();
+
+    if (rotation != 0) {
+        QTransform turn;
+        turn.rotate(float(qint64(rotation) * 90), Qt::ZAxis);
+        QImage turned = scaled.transformed(turn, Qt::FastTransformation);
+        scaled = QImage();
+        scaled.swap(turned);
+    }
+    return opaqueOnWhite(scaled);
 }
 
 // The zoom at which the page image, as shown now, fills the view across; never
@@ -75,16 +126,8 @@ void ComicsReader::paintEvent(QPaintEvent*)
             rotation = pageImage.width() > pageImage.height() ? 1 : 0;
         renderedPage = currentPage;
 
-        QTransform turn;
-        turn.rotate(float(qint64(rotation) * 90), Qt::ZAxis);
-        const double zoom = zoomControl->currentZoomFactor();
-        // Turned on its side, the page's width runs along the view's height.
-        const QImage scaled = isLandscape()
-            ? pageImage.scaledToWidth(int(viewHeight * zoom), Qt::SmoothTransformation)
-            : pageImage.scaled(QSize(int(viewWidth * zoom), int(viewHeight * zoom)),
-                Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        pageImage = QImage();
-        pageImage = opaqueOnWhite(scaled.transformed(turn, Qt::FastTransformation));
+        pageImage = prepared(pageImage, rotation, zoomControl->currentZoomFactor(),
+            QSize(viewWidth, viewHeight));
 
         QColor white;
         white.setRgb(255, 255, 255, 255);

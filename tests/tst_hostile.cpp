@@ -92,12 +92,24 @@ private slots:
     void initTestCase();
     void hostileFile_data();
     void hostileFile();
+    void bigPageCostsNoMoreThanABudgetPage_data();
+    void bigPageCostsNoMoreThanABudgetPage();
 
 private:
+    // tamber's peak memory in KiB when it renders the CBZ's second page; -1
+    // when it did not end by itself. shown: whether it wrote the page.
+    qint64 renderPeak(const QString& book, double zoom, int orientation, bool* shown);
+    // A CBZ of a small page and then the given one.
+    QString secondPageBook(const QString& name, const QByteArray& page);
+    // A JPEG of one colour, made by cjpeg from pixels streamed to it, so that
+    // no giant image is held here; null without cjpeg.
+    QByteArray blankJpeg(const QSize& size);
+
     QString path(const QString& name) const { return m_dir.filePath(name); }
 
     TestSupport::TemporaryDir m_dir;
     QByteArray m_png;
+    QMap<QString, qint64> m_budgetPeaks;
 };
 
 void TestHostile::initTestCase()
@@ -185,16 +197,10 @@ void TestHostile::hostileFile_data()
     row("a GIF whose 1-pixel frame hides a 16,000 x 16,000 screen, as a single image", "screen.gif",
         screenGif, tooBig);
     // Qt 5's PNG reader takes a scaled size, but decodes in full before it
-    // shrinks; Qt 4.8's takes none, and the page is refused unread. Eight bits
-    // a pixel: width × height bytes, were it decoded.
-    QBuffer png;
-    png.setData(m_png);
-    const bool pngScales = QImageReader(&png, "png").supportsOption(QImageIOHandler::ScaledSize);
+    // shrinks, so the page is refused unread on both Qts.
     row("a PNG over the budget, which the PNG reader cannot shrink in time", "grey.png",
         TestSupport::pngHeaderOnly(QSize(30000, 30000), 8),
-        pngScales ? QStringList { "{\"debug\":\"Image too big, scaling to QSize(" } + tooBig
-                  : QStringList {
-                      debugLine("Image too big and scaling not supported, bailing!"), nullImage });
+        { debugLine("Image too big and scaling not supported, bailing!"), nullImage });
     row("a RAR the extractor cannot read", "unreadable.cbr",
         QByteArray("Rar!\x1a\x07\x01\x00", 8) + "garbage", { noPages.arg("unreadable.cbr") });
 
@@ -287,6 +293,129 @@ void TestHostile::hostileFile()
         from = found + line.size();
     }
     qDebug("%s: %s s, peak %lld MB", QTest::currentDataTag(), ended.at(2).constData(), peakMb);
+}
+
+QString TestHostile::secondPageBook(const QString& name, const QByteArray& page)
+{
+    const QString book = path(name + ".cbz");
+    const QByteArray entry = "2-" + name.toUtf8() + (page.startsWith("\x89PNG") ? ".png" : ".jpg");
+    return TestSupport::writeZip(book, { { "1.png", m_png }, { entry, page } })
+        ? book
+        : QString();
+}
+
+QByteArray TestHostile::blankJpeg(const QSize& size)
+{
+    QProcess cjpeg;
+    cjpeg.start("sh",
+        QStringList { "-c",
+            "{ printf 'P6\\n%s %s\\n255\\n' $1 $2; head -c $(($1 * $2 * 3)) /dev/zero; } | cjpeg",
+            "sh", QString::number(size.width()), QString::number(size.height()) });
+    if (!cjpeg.waitForFinished(120000) || cjpeg.exitCode() != 0)
+        return QByteArray();
+    return cjpeg.readAllStandardOutput();
+}
+
+qint64 TestHostile::renderPeak(const QString& book, double zoom, int orientation, bool* shown)
+{
+    const QString picture = path("rendered.png");
+    QFile::remove(picture);
+    QFile::remove(path("report"));
+    TestSupport::Tamber tamber(m_dir.path());
+    tamber.environment.insert("TAMBER_PLUGIN", TestSupport::binDir() + "/libcomicsreader.so");
+    if (tamber.run({ "import", book }).status != 0)
+        return -1;
+    QProcess process;
+    process.setProcessEnvironment(tamber.environment);
+    process.setWorkingDirectory(m_dir.path());
+    process.start("/usr/bin/time",
+        QStringList { "-o", "report", "-f", "%x %M", "timeout", "-s", "KILL", "300",
+            TestSupport::binDir() + "/tamber", "render", book, "--page", "2", "--zoom",
+            QString::number(zoom), "--orientation", QString::number(orientation), "-o",
+            picture });
+    if (!process.waitForFinished(330000))
+        return -1;
+    const QList<QByteArray> ended = readFile(path("report")).trimmed().split('\n').last().split(' ');
+    if (ended.size() != 2 || ended.at(0) == "Command")
+        return -1;
+    *shown = ended.at(0) == "0" && QFileInfo(picture).size() > 0;
+    return ended.at(1).toLongLong();
+}
+
+void TestHostile::bigPageCostsNoMoreThanABudgetPage_data()
+{
+    QTest::addColumn<QString>("book");
+    QTest::addColumn<double>("zoom");
+    QTest::addColumn<int>("orientation");
+    QTest::addColumn<bool>("shown");
+
+    // Pages as scanners and phones make them, each a few kilobytes in its
+    // file. Bits clear: one colour, as cheap to compress as to decode.
+    const QByteArray bigJpeg = blankJpeg(QSize(12000, 9000));
+    const struct
+    {
+        const char* name;
+        QByteArray page;
+        bool shown;
+    } pages[] = {
+        { "20000 x 20000, 1 bit a pixel", TestSupport::blankPng(QSize(20000, 20000), 1), false },
+        { "30000 x 30000, 1 bit a pixel", TestSupport::blankPng(QSize(30000, 30000), 1), false },
+        { "12000 x 12000 grey scan", TestSupport::blankPng(QSize(12000, 12000), 8), false },
+        { "12000 x 9000 JPEG photo", bigJpeg, true },
+        { "6000 x 8000 JPEG", blankJpeg(QSize(6000, 8000)), true },
+        { "800 x 20000 strip", TestSupport::blankPng(QSize(800, 20000), 8, 2), true },
+    };
+    for (const auto& page : pages) {
+        const QString book = page.page.isEmpty() ? QString()
+                                                 : secondPageBook(QString(page.name)
+                                                                      .replace(' ', '-')
+                                                                      .replace(',', QString()),
+                                                     page.page);
+        QTest::newRow(qPrintable(QStringLiteral("%1, upright").arg(page.name)))
+            << book << 1.0 << 0 << page.shown;
+        QTest::newRow(qPrintable(QStringLiteral("%1, landscape at zoom 3").arg(page.name)))
+            << book << 3.0 << 1 << page.shown;
+    }
+}
+
+// No page costs more than a page of the pixel budget at the same zoom and
+// orientation: the costlier of a square one and a comic-shaped one, plus 15 %.
+void TestHostile::bigPageCostsNoMoreThanABudgetPage()
+{
+    QFETCH(QString, book);
+    QFETCH(double, zoom);
+    QFETCH(int, orientation);
+    QFETCH(bool, shown);
+
+#ifdef TAMBER_ASAN
+    QSKIP("the sanitizer's shadow and quarantine make peaks incomparable");
+#endif
+    if (book.isEmpty())
+        QSKIP("no cjpeg (Debian's libjpeg-turbo-progs) to make the JPEG pages with");
+    const QString key = QStringLiteral("%1/%2").arg(zoom).arg(orientation);
+    if (!m_budgetPeaks.contains(key)) {
+        qint64 budget = 0;
+        for (const QSize& size : { QSize(4096, 4096), QSize(3300, 5080) }) {
+            const QString reference = secondPageBook(
+                QStringLiteral("budget-%1x%2").arg(size.width()).arg(size.height()),
+                blankJpeg(size));
+            bool referenceShown = false;
+            budget = qMax(budget, renderPeak(reference, zoom, orientation, &referenceShown));
+            QVERIFY2(referenceShown, qPrintable(reference));
+        }
+        m_budgetPeaks.insert(key, budget);
+    }
+    const qint64 budget = m_budgetPeaks.value(key);
+
+    bool pageShown = false;
+    const qint64 peak = renderPeak(book, zoom, orientation, &pageShown);
+    QVERIFY2(peak > 0, "tamber render did not end by itself");
+    qDebug("peak %lld MB against %lld MB for a page of the budget", peak >> 10, budget >> 10);
+    QVERIFY2(peak <= budget * 115 / 100,
+        qPrintable(QStringLiteral("peak %1 MB, more than the budget page's %2 MB plus 15 %")
+                       .arg(peak >> 10)
+                       .arg(budget >> 10)));
+    QCOMPARE(pageShown, shown);
 }
 
 TAMBER_TEST_MAIN(TestHostile)

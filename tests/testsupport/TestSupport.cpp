@@ -366,6 +366,39 @@ QByteArray pngHeaderOnly(const QSize& size, int depth)
         + chunk("IDAT", QByteArray("\x78\x9c", 2));
 }
 
+QByteArray blankPng(const QSize& size, int depth, int colourType)
+{
+    const auto bigEndian32 = [](quint32 value) { return bytesOf(qToBigEndian(value)); };
+    auto chunk = [&](const QByteArray& type, const QByteArray& data) {
+        return bigEndian32(quint32(data.size())) + type + data + bigEndian32(crc32(type + data));
+    };
+    const QByteArray header = bigEndian32(quint32(size.width()))
+        + bigEndian32(quint32(size.height())) + char(depth) + char(colourType)
+        + QByteArray(3, '\0');
+
+    const int samples = colourType == 2 ? 3 : 1;
+    // A filter byte and the row's bits, all zero.
+    QByteArray row(1 + int((qint64(size.width()) * samples * depth + 7) / 8), '\0');
+    z_stream stream = {};
+    deflateInit(&stream, 9);
+    QByteArray compressed;
+    char out[64 * 1024];
+    for (int y = 0; y <= size.height(); ++y) {
+        const bool last = y == size.height();
+        stream.next_in = reinterpret_cast<Bytef*>(row.data());
+        stream.avail_in = last ? 0 : uInt(row.size());
+        do {
+            stream.next_out = reinterpret_cast<Bytef*>(out);
+            stream.avail_out = sizeof out;
+            deflate(&stream, last ? Z_FINISH : Z_NO_FLUSH);
+            compressed.append(out, int(sizeof out - stream.avail_out));
+        } while (stream.avail_out == 0);
+    }
+    deflateEnd(&stream);
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header) + chunk("IDAT", compressed)
+        + chunk("IEND", QByteArray());
+}
+
 Announcements::Announcements(QObject* parser)
 {
     connect(parser, SIGNAL(pageletParsed(Pagelet&)), SLOT(onPagelet(Pagelet&)));

@@ -144,6 +144,10 @@ QByteArray gifWithScreen(const QSize& screen);
 // The start of a greyscale PNG of depth bits a pixel: its header claims the
 // given size, its pixel data is cut off, so it reports the size but never decodes.
 QByteArray pngHeaderOnly(const QSize& size, int depth = 1);
+// A whole PNG of one colour (all bits clear), of any size: colour type 0
+// (grey) or 2 (RGB) at the given bits a sample. Compressed row by row, so a
+// 30,000 × 30,000 page costs a few kilobytes here and in the file.
+QByteArray blankPng(const QSize& size, int depth, int colourType = 0);
 
 // The program's JSON output, read with a library that serves both Qts:
 // discarded when the text is no JSON; the value at a pointer such as
