@@ -1,6 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 #include "Extractor.h"
 
+#include "EntryCache.h"
+
 #include <archive.h>
 #include <archive_entry.h>
 
@@ -119,6 +121,12 @@ struct archive* extractor_open_file(const char* path, FILE* err)
     return opened(archive, archive_read_open_filename(archive, path, 64 * 1024), path, err);
 }
 
+struct archive* extractor_open_fd(int fd, FILE* err)
+{
+    struct archive* archive = new_reader();
+    return opened(archive, archive_read_open_fd(archive, fd, 64 * 1024), "(file)", err);
+}
+
 struct archive* extractor_open_memory(const void* data, size_t size, FILE* err)
 {
     struct archive* archive = new_reader();
@@ -167,4 +175,32 @@ int extractor_print(
     }
     archive_read_free(archive);
     return failed || fflush(out) != 0 || ferror(out) ? 1 : 0;
+}
+
+void extractor_fill(struct archive* archive, struct entry_cache* cache)
+{
+    struct archive_entry* entry = NULL;
+    bool failed = false;
+    static char listed[64 * 1024];
+    static char buffer[64 * 1024];
+    FILE* quiet = fopen("/dev/null", "w");
+    while (!failed && !entry_cache_stopped(cache)
+        && next_entry(archive, "(file)", &entry, &failed, quiet ? quiet : stderr)) {
+        if (!entry_name(entry, listed, sizeof listed, quiet ? quiet : stderr))
+            continue;
+        const int64_t size = archive_entry_size_is_set(entry) ? archive_entry_size(entry) : -1;
+        if (entry_cache_begin(cache, listed, size) != entry_keep_write)
+            continue;
+        la_ssize_t count = 0;
+        bool written = true;
+        while (written && (count = archive_read_data(archive, buffer, sizeof buffer)) > 0)
+            written = entry_cache_write(cache, buffer, (size_t)count);
+        /* A damaged entry may leave the reader where no later entry can be
+         * trusted. */
+        failed = written && count < 0;
+        entry_cache_end(cache, written && count == 0);
+    }
+    if (quiet)
+        fclose(quiet);
+    archive_read_free(archive);
 }

@@ -6,6 +6,7 @@
 #include <stdio.h>
 
 struct archive;
+struct entry_cache;
 
 #ifdef __cplusplus
 extern "C" {
@@ -19,6 +20,8 @@ extern "C" {
  * null, with a message on err, when libarchive refuses. */
 struct archive* extractor_open_file(const char* path, FILE* err);
 struct archive* extractor_open_memory(const void* data, size_t size, FILE* err);
+/* Over an open file, which stays open. */
+struct archive* extractor_open_fd(int fd, FILE* err);
 
 /* Every file's name, one per line, on out; folders are left out. Returns the
  * exit status: 0, or 1 when the archive could not be read to its end. */
@@ -29,6 +32,10 @@ int extractor_list(struct archive* archive, const char* name, FILE* out, FILE* e
  * or cannot be read or written. */
 int extractor_print(
     struct archive* archive, const char* name, const char* wanted, FILE* out, FILE* err);
+
+/* Reads every entry from the start and hands each to the cache to keep,
+ * until the end, an error or a cache that keeps no more. */
+void extractor_fill(struct archive* archive, struct entry_cache* cache);
 
 #ifdef __cplusplus
 }

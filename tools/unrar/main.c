@@ -8,8 +8,13 @@
  * RAR 4, RAR 5, ZIP and 7z, as libarchive reads them. Exit status 0 on success,
  * 1 when the archive or the entry cannot be read, 2 on bad arguments.
  *
+ * The entries of solid archives are kept in a cache between runs
+ * (EntryCache.h): TAMBER_UNRAR_CACHE_DIR names its folder and
+ * TAMBER_UNRAR_CACHE_LIMIT its size in bytes, 0 for no cache.
+ *
  * Plain C, so that the device's copy can be one fully static program. */
 
+#include "EntryCache.h"
 #include "Extractor.h"
 
 #include <locale.h>
@@ -34,6 +39,9 @@ int main(int argc, char** argv)
     }
     if (argc == 6 && strcmp(argv[1], "p") == 0 && strcmp(argv[2], "-ierr") == 0
         && strcmp(argv[3], "--") == 0) {
+        int status;
+        if (entry_cache_print(argv[4], argv[5], stdout, &status))
+            return status;
         struct archive* archive = extractor_open_file(argv[4], stderr);
         return archive ? extractor_print(archive, argv[4], argv[5], stdout, stderr) : 1;
     }

@@ -1,0 +1,493 @@
+/* SPDX-License-Identifier: MIT */
+#define _XOPEN_SOURCE 700
+
+#include "EntryCache.h"
+
+#include "CacheFolder.h"
+#include "Extractor.h"
+#include "Solid.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <inttypes.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+/* An entry's file: this header, the entry's name, its bytes. The name is
+ * checked on every read, since files are named after its hash. */
+struct entry_header
+{
+    char magic[4];
+    uint32_t name_size;
+    uint64_t data_size;
+    uint64_t checksum;
+    uint64_t reserved;
+};
+static const char entry_magic[4] = { 'T', 'U', 'C', '1' };
+
+/* The plug-in takes no entry larger than its memory limit (256 MiB). */
+static const uint64_t entry_limit = (uint64_t)256 << 20;
+
+/* A run that waits for another run's filler gives up before the plug-in's
+ * 30 seconds, and then extracts the entry itself. */
+static const int wait_limit_ms = 25000;
+static const long poll_interval_ns = 5 * 1000 * 1000;
+
+struct entry_cache
+{
+    struct cache_settings settings;
+    struct book_identity identity;
+    int fd; /* the archive: the filler reads the very file identified */
+    char folder[cache_path_size];
+    int lock;
+    int notify; /* the filler's pipe to the run that started it */
+    uint64_t usage;
+    bool stopped;
+
+    /* The entry being written. */
+    int out;
+    char temporary[2 * cache_path_size];
+    uint64_t name_hash;
+    uint32_t name_size;
+    struct cache_hasher checksum;
+    uint64_t written;
+    int64_t declared;
+
+    /* Hashes of the names met in this pass: only a name's first entry is
+     * the one printed, as without a cache. */
+    uint64_t* seen;
+    size_t seen_count;
+    size_t seen_capacity;
+};
+
+static uint64_t name_hash(const char* name)
+{
+    return cache_hash(name, strlen(name), 4);
+}
+
+static void entry_path(const struct entry_cache* cache, uint64_t hash, char* path, size_t size)
+{
+    snprintf(path, size, "%s/e-%016" PRIx64, cache->folder, hash);
+}
+
+/* --- serving ----------------------------------------------------------------- */
+
+enum served { served_no, served_yes, served_failed };
+
+/* Prints the kept entry on out when it is there, whole and named wanted. */
+static enum served serve(const struct entry_cache* cache, const char* wanted, FILE* out)
+{
+    char path[2 * cache_path_size];
+    entry_path(cache, name_hash(wanted), path, sizeof path);
+    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return served_no;
+    struct stat status;
+    const size_t name_size = strlen(wanted);
+    if (fstat(fd, &status) != 0
+        || (uint64_t)status.st_size < sizeof(struct entry_header) + name_size) {
+        close(fd);
+        return served_no;
+    }
+    const size_t size = (size_t)status.st_size;
+    void* map = mmap(NULL, size, PROT_READ, MAP_PRIVATE, fd, 0);
+    close(fd);
+    if (map == MAP_FAILED)
+        return served_no;
+    struct entry_header header;
+    memcpy(&header, map, sizeof header);
+    const unsigned char* name = (const unsigned char*)map + sizeof header;
+    const unsigned char* data = name + name_size;
+    bool whole = memcmp(header.magic, entry_magic, sizeof entry_magic) == 0
+        && header.name_size == name_size && memcmp(name, wanted, name_size) == 0
+        && header.data_size == size - sizeof header - name_size;
+    if (whole && cache_hash(data, (size_t)header.data_size, 5) != header.checksum) {
+        /* Damaged where it lies (a power cut): it goes, and is made again. */
+        unlink(path);
+        whole = false;
+    }
+    enum served result = served_no;
+    if (whole) {
+        const bool written = fwrite(data, 1, (size_t)header.data_size, out) == header.data_size;
+        result = written && fflush(out) == 0 ? served_yes : served_failed;
+        cache_touch(cache->folder);
+    }
+    munmap(map, size);
+    return result;
+}
+
+/* --- the filler's side ----------------------------------------------------------- */
+
+static bool seen_before(struct entry_cache* cache, uint64_t hash)
+{
+    /* Open addressing over a table kept at most half full; 0 marks a free
+     * slot, so a hash of 0 is taken as 1. */
+    if (hash == 0)
+        hash = 1;
+    if (2 * (cache->seen_count + 1) > cache->seen_capacity) {
+        const size_t capacity = cache->seen_capacity ? 2 * cache->seen_capacity : 1024;
+        uint64_t* table = calloc(capacity, sizeof *table);
+        if (!table)
+            return true;
+        for (size_t i = 0; i < cache->seen_capacity; ++i) {
+            if (!cache->seen[i])
+                continue;
+            size_t slot = (size_t)(cache->seen[i] & (capacity - 1));
+            while (table[slot])
+                slot = (slot + 1) & (capacity - 1);
+            table[slot] = cache->seen[i];
+        }
+        free(cache->seen);
+        cache->seen = table;
+        cache->seen_capacity = capacity;
+    }
+    size_t slot = (size_t)(hash & (cache->seen_capacity - 1));
+    for (; cache->seen[slot]; slot = (slot + 1) & (cache->seen_capacity - 1)) {
+        if (cache->seen[slot] == hash)
+            return true;
+    }
+    cache->seen[slot] = hash;
+    ++cache->seen_count;
+    return false;
+}
+
+/* Tells the run that started the filler about an entry; a run that has
+ * gone is no longer told. */
+static void notify(struct entry_cache* cache, uint64_t hash, bool kept)
+{
+    if (cache->notify < 0)
+        return;
+    unsigned char message[9];
+    memcpy(message, &hash, 8);
+    message[8] = kept;
+    if (write(cache->notify, message, sizeof message) != (ssize_t)sizeof message && errno != EAGAIN) {
+        close(cache->notify);
+        cache->notify = -1;
+    }
+}
+
+static bool write_at(int fd, const void* data, size_t size, off_t offset)
+{
+    const char* at = data;
+    while (size > 0) {
+        const ssize_t count = pwrite(fd, at, size, offset);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        at += count;
+        size -= (size_t)count;
+        offset += count;
+    }
+    return true;
+}
+
+enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, int64_t size)
+{
+    const uint64_t hash = name_hash(name);
+    if (seen_before(cache, hash))
+        return entry_keep_skip;
+    char path[2 * cache_path_size];
+    entry_path(cache, hash, path, sizeof path);
+    struct stat status;
+    if (stat(path, &status) == 0 && (uint64_t)status.st_size >= sizeof(struct entry_header)) {
+        notify(cache, hash, true);
+        return entry_keep_have;
+    }
+    const uint64_t expected = size < 0 ? 0 : (uint64_t)size;
+    if (!cache->stopped && cache->usage + expected > cache->settings.limit) {
+        bool fits = false;
+        cache->usage = cache_make_room(&cache->settings, cache->folder, expected, &fits);
+        cache->stopped = !fits;
+    }
+    if (cache->stopped || expected > entry_limit || expected > cache->settings.limit) {
+        notify(cache, hash, false);
+        return entry_keep_skip;
+    }
+    snprintf(cache->temporary, sizeof cache->temporary, "%s/t-%ld-%016" PRIx64, cache->folder,
+        (long)getpid(), hash);
+    cache->out = open(cache->temporary, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const size_t name_size = strlen(name);
+    struct entry_header header = { { 0 }, (uint32_t)name_size, 0, 0, 0 };
+    if (cache->out < 0 || !write_at(cache->out, &header, sizeof header, 0)
+        || !write_at(cache->out, name, name_size, sizeof header)) {
+        if (cache->out >= 0) {
+            close(cache->out);
+            unlink(cache->temporary);
+        }
+        cache->out = -1;
+        /* A folder that takes no files keeps nothing. */
+        cache->stopped = true;
+        notify(cache, hash, false);
+        return entry_keep_skip;
+    }
+    cache->name_hash = hash;
+    cache->name_size = (uint32_t)name_size;
+    cache->written = 0;
+    cache->declared = size;
+    cache_hasher_start(&cache->checksum, 5);
+    return entry_keep_write;
+}
+
+bool entry_cache_write(struct entry_cache* cache, const void* data, size_t size)
+{
+    if (cache->out < 0)
+        return false;
+    const uint64_t at = sizeof(struct entry_header) + cache->name_size + cache->written;
+    if (cache->written + size > entry_limit || cache->usage + at + size > cache->settings.limit
+        || !write_at(cache->out, data, size, (off_t)at))
+        return false;
+    cache_hasher_add(&cache->checksum, data, size);
+    cache->written += size;
+    return true;
+}
+
+/* Removes every kept entry of the book and its key: what was read no longer
+ * matches the identity it would be kept under. Only the lock's holder calls
+ * it. */
+static void forget_book(struct entry_cache* cache)
+{
+    cache->stopped = true;
+    DIR* dir = opendir(cache->folder);
+    if (!dir)
+        return;
+    struct dirent* entry;
+    while ((entry = readdir(dir))) {
+        if (entry->d_name[0] == 'e' || strcmp(entry->d_name, "key") == 0)
+            unlinkat(dirfd(dir), entry->d_name, 0);
+    }
+    closedir(dir);
+}
+
+void entry_cache_end(struct entry_cache* cache, bool complete)
+{
+    if (cache->out < 0)
+        return;
+    struct book_identity now;
+    if (complete && (!book_identity_of(cache->fd, &now) || !book_identity_same(&now, &cache->identity))) {
+        forget_book(cache);
+        complete = false;
+    }
+    if (complete && cache->declared >= 0 && (uint64_t)cache->declared != cache->written)
+        complete = false;
+    struct entry_header header = { { 0 }, cache->name_size, cache->written,
+        cache_hasher_end(&cache->checksum), 0 };
+    memcpy(header.magic, entry_magic, sizeof entry_magic);
+    char path[2 * cache_path_size];
+    entry_path(cache, cache->name_hash, path, sizeof path);
+    complete = complete && write_at(cache->out, &header, sizeof header, 0);
+    complete = close(cache->out) == 0 && complete;
+    cache->out = -1;
+    if (complete && rename(cache->temporary, path) == 0) {
+        cache->usage += sizeof header + cache->name_size + cache->written;
+    } else {
+        unlink(cache->temporary);
+        complete = false;
+    }
+    notify(cache, cache->name_hash, complete);
+}
+
+bool entry_cache_stopped(const struct entry_cache* cache)
+{
+    return cache->stopped;
+}
+
+/* Files a killed filler left half written. Only the lock's holder calls it. */
+static void remove_temporaries(const struct entry_cache* cache)
+{
+    DIR* dir = opendir(cache->folder);
+    if (!dir)
+        return;
+    struct dirent* entry;
+    while ((entry = readdir(dir))) {
+        if (entry->d_name[0] == 't' && entry->d_name[1] == '-')
+            unlinkat(dirfd(dir), entry->d_name, 0);
+    }
+    closedir(dir);
+}
+
+/* The detached child that fills the cache; it never returns. */
+static void run_filler(struct entry_cache* cache, int notify_fd)
+{
+    setsid();
+    signal(SIGPIPE, SIG_IGN);
+    /* Nothing of the caller's is held: whoever reads the run's output or
+     * waits for its pipes to close is not kept waiting. */
+    const int null = open("/dev/null", O_RDWR);
+    if (null >= 0) {
+        dup2(null, STDIN_FILENO);
+        dup2(null, STDOUT_FILENO);
+        dup2(null, STDERR_FILENO);
+    }
+    long open_max = sysconf(_SC_OPEN_MAX);
+    if (open_max < 0 || open_max > 4096)
+        open_max = 4096;
+    for (int fd = STDERR_FILENO + 1; fd < open_max; ++fd) {
+        if (fd != cache->fd && fd != cache->lock && fd != notify_fd)
+            close(fd);
+    }
+    fcntl(notify_fd, F_SETFL, fcntl(notify_fd, F_GETFL) | O_NONBLOCK);
+    cache->notify = notify_fd;
+
+    remove_temporaries(cache);
+    bool fits = false;
+    cache->usage = cache_make_room(&cache->settings, cache->folder, 0, &fits);
+    cache->stopped = !fits;
+    struct archive* archive = extractor_open_fd(cache->fd, stderr);
+    if (archive)
+        extractor_fill(archive, cache);
+    _exit(0);
+}
+
+/* --- the run's side --------------------------------------------------------------- */
+
+enum claim { claim_taken, claim_busy, claim_impossible };
+
+static enum claim claim(struct entry_cache* cache)
+{
+    char path[2 * cache_path_size];
+    snprintf(path, sizeof path, "%s/lock", cache->folder);
+    const int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return claim_impossible;
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        const bool busy = errno == EWOULDBLOCK;
+        close(fd);
+        return busy ? claim_busy : claim_impossible;
+    }
+    /* The book may have been evicted between the open and the lock. */
+    struct stat held, named;
+    if (fstat(fd, &held) != 0 || stat(path, &named) != 0 || held.st_ino != named.st_ino
+        || held.st_dev != named.st_dev) {
+        close(fd);
+        return claim_impossible;
+    }
+    cache->lock = fd;
+    return claim_taken;
+}
+
+/* Waits for the filler this run started to reach wanted: true when it kept
+ * it, false when it passed it without keeping it or ended. */
+static bool wait_for_filler(int from, uint64_t wanted)
+{
+    unsigned char buffer[9 * 512];
+    size_t held = 0;
+    for (;;) {
+        const ssize_t count = read(from, buffer + held, sizeof buffer - held);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        held += (size_t)count;
+        size_t used = 0;
+        for (; held - used >= 9; used += 9) {
+            uint64_t hash;
+            memcpy(&hash, buffer + used, 8);
+            if (hash == wanted)
+                return buffer[used + 8] != 0;
+        }
+        memmove(buffer, buffer + used, held - used);
+        held -= used;
+    }
+}
+
+static int64_t now_ms(void)
+{
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return (int64_t)now.tv_sec * 1000 + now.tv_nsec / 1000000;
+}
+
+static bool finish(enum served served, int* status)
+{
+    if (served == served_no)
+        return false;
+    *status = served == served_yes ? 0 : 1;
+    return true;
+}
+
+/* This run holds the lock: starts the filler and prints the entry once the
+ * filler has kept it. */
+static bool fill_and_print(struct entry_cache* cache, const char* wanted, FILE* out, int* status)
+{
+    int pipe_fds[2];
+    fflush(NULL);
+    if (pipe(pipe_fds) != 0)
+        return false;
+    const pid_t child = fork();
+    if (child == 0) {
+        close(pipe_fds[0]);
+        run_filler(cache, pipe_fds[1]);
+    }
+    close(pipe_fds[1]);
+    close(cache->lock);
+    cache->lock = -1;
+    if (child < 0) {
+        close(pipe_fds[0]);
+        return false;
+    }
+    const bool kept = wait_for_filler(pipe_fds[0], name_hash(wanted));
+    close(pipe_fds[0]);
+    /* Kept or not, what is there is served; a name the filler did not keep
+     * (damaged, missing, too large) is extracted as without a cache. */
+    (void)kept;
+    return finish(serve(cache, wanted, out), status);
+}
+
+bool entry_cache_print(const char* path, const char* wanted, FILE* out, int* status)
+{
+    struct entry_cache* cache = calloc(1, sizeof *cache);
+    if (!cache)
+        return false;
+    cache->fd = -1;
+    cache->lock = -1;
+    cache->notify = -1;
+    cache->out = -1;
+    bool handled = false;
+    char* canonical = NULL;
+    if (!cache_settings_read(&cache->settings))
+        goto done;
+    cache->fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (cache->fd < 0 || !archive_is_solid(cache->fd)
+        || !book_identity_of(cache->fd, &cache->identity)
+        || !(canonical = realpath(path, NULL))
+        || !cache_book_folder(
+            &cache->settings, canonical, &cache->identity, cache->folder, sizeof cache->folder))
+        goto done;
+
+    const int64_t deadline = now_ms() + wait_limit_ms;
+    for (;;) {
+        if ((handled = finish(serve(cache, wanted, out), status)))
+            break;
+        const enum claim claimed = claim(cache);
+        if (claimed == claim_taken) {
+            /* The filler before may have kept it just before it let go. */
+            handled = finish(serve(cache, wanted, out), status)
+                || fill_and_print(cache, wanted, out, status);
+            break;
+        }
+        if (claimed == claim_impossible || now_ms() >= deadline)
+            break;
+        /* Another run's filler is at work: it reaches the entry sooner
+         * than this run would, having started first. */
+        const struct timespec interval = { 0, poll_interval_ns };
+        nanosleep(&interval, NULL);
+    }
+done:
+    free(canonical);
+    if (cache->lock >= 0)
+        close(cache->lock);
+    if (cache->fd >= 0)
+        close(cache->fd);
+    free(cache->seen);
+    free(cache);
+    return handled;
+}
