@@ -53,7 +53,9 @@ QStringList ComicZipArchive::files()
         zip_stat_t stat;
         zip_stat_init(&stat);
         zip_stat_index(archive, zip_uint64_t(index), ZIP_FL_ENC_RAW, &stat);
-        names << QtCompat::fromEightBit(stat.name);
+        // Latin-1 both ways, whatever codec the host sets for C strings, so
+        // that a name finds its entry again as the same bytes.
+        names << QString::fromLatin1(stat.name);
     }
     return names;
 }

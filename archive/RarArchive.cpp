@@ -30,8 +30,11 @@ QStringList RarArchive::files()
         return QStringList();
 
     const int end = output->indexOf('\0');
+    // Read with the codec that QProcess encodes arguments with, the locale's
+    // on both Qts, so that a listed name reaches the extractor again as the
+    // bytes it printed.
     const QString text
-        = QtCompat::fromListing(output->constData(), end < 0 ? output->size() : end);
+        = QString::fromLocal8Bit(output->constData(), end < 0 ? output->size() : end);
     return text.split(QStringLiteral("\n"), QtCompat::KeepEmptyParts, Qt::CaseSensitive);
 }
 

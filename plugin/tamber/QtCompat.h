@@ -46,31 +46,6 @@ void sort(Iterator begin, Iterator end, LessThan lessThan)
 #endif
 }
 
-// Qt's conversion for 8-bit strings: the application's codec for C strings
-// under Qt 4 (Latin-1 unless the host sets one); Qt 5 has no such codec and
-// reads Latin-1.
-inline QString fromEightBit(const char* data, int size = -1)
-{
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    return QString::fromAscii(data, size);
-#else
-    return QString::fromLatin1(data, size);
-#endif
-}
-
-// An external program's listing of names. Qt 4 reads it with the 8-bit
-// conversion above. Under Qt 5 it is read with the local 8-bit codec, which
-// QProcess encodes arguments with, so that a listed name reaches the program
-// again as the bytes it printed.
-inline QString fromListing(const char* data, int size)
-{
-#if QT_VERSION < QT_VERSION_CHECK(5, 0, 0)
-    return QString::fromAscii(data, size);
-#else
-    return QString::fromLocal8Bit(data, size);
-#endif
-}
-
 // When the file was made, as QFileInfo::created() says; Qt 5 deprecates that
 // call and asks for the same answer in steps.
 inline QDateTime creationTime(const QFileInfo& info)
