@@ -239,7 +239,11 @@ void paint(QWidget* widget)
 
 QImage paintedImage(QWidget* widget)
 {
-    return screen().widget == widget ? screen().image : QImage();
+    // The server's window surfaces cannot be read back, and the widget may
+    // have painted itself since (a zoom repaints at once): it paints again
+    // onto what it left, which shows what it last showed.
+    paint(widget);
+    return screen().image;
 }
 
 } // namespace Display

@@ -161,7 +161,7 @@ void TestSession::renderPaintsWhatTheSessionShows()
         = [this](const char* name) { return "screenshot \"" + path(name).toUtf8() + "\"\n"; };
     const QByteArray commands = "import \"" + book + "\"\nopen \"" + book + "\"\ngoto 1\npaint\n"
         + shot("first.png") + "paint\n" + shot("again.png") + "zoom 1.5\npaint\n"
-        + shot("zoomed.png");
+        + shot("zoomed.png") + "zoom 2\n" + shot("zoomed-at-once.png");
     int status = -1;
     session({ "--size", "240x320" }, commands, &status);
     QCOMPARE(status, 0);
@@ -180,6 +180,12 @@ void TestSession::renderPaintsWhatTheSessionShows()
     const QImage zoomed = image("zoomed.png");
     QVERIFY(zoomed != first);
     QCOMPARE(image("rendered.png"), zoomed);
+
+    // A zoom repaints the view at once: the screenshot shows it with no paint.
+    const Tamber::Run twice = m_tamber->run({ "render", QString::fromUtf8(book), "--page", "2",
+        "--zoom", "2", "--size", "240x320", "-o", path("rendered-twice.png") });
+    QCOMPARE(twice.status, 0);
+    QCOMPARE(image("zoomed-at-once.png"), image("rendered-twice.png"));
 }
 
 void TestSession::renderFailuresExitWithStatus1_data()
