@@ -65,7 +65,8 @@ QImage prepared(QImage& page, int rotation, double zoom, const QSize& view)
         scaled = page.scaledToWidth(width, Qt::SmoothTransformation);
     } else {
         QSize box(int(view.width() * zoom), int(view.height() * zoom));
-        const QSize fitted = page.size().scaled(box, Qt::KeepAspectRatio);
+        QSize fitted = page.size();
+        fitted.scale(box, Qt::KeepAspectRatio);
         const double over = double(fitted.width()) * fitted.height() / preparedBudget;
         if (over > 1.0)
             box = QSize(int(box.width() / std::sqrt(over)), int(box.height() / std::sqrt(over)));
