@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: MIT
+// A solid 7z comic read page by page through the extractor, as the plug-in
+// reads it, against the same book as ZIP: without the extractor's cache of
+// solid entries (every page decompresses the pages before it) and with it.
+//
+//   bench_solid --workload=DIR [benchmark flags]
+//
+// The book, 300 pages of the workload's size as JPEG of about 100 to 200 KB,
+// is made once into DIR/solid-comic/.
+
+#include "BenchProgram.h"
+#include "ComicPagePainter.h"
+#include "ComicZipArchive.h"
+#include "PairedSamples.h"
+#include "RarArchive.h"
+#include "TestSupport.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QDir>
+#include <QFileInfo>
+#include <QImageWriter>
+#include <QProcess>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace {
+
+BenchProgram* program = nullptr;
+
+struct Book
+{
+    QString solid;
+    QString zip;
+    QStringList pages;
+    int quality = 0;
+    qint64 pageBytes = 0;
+};
+Book book;
+
+QString pageName(int index)
+{
+    return QStringLiteral("page%1.jpg").arg(index + 1, 3, 10, QLatin1Char('0'));
+}
+
+QByteArray jpeg(const QImage& image, int quality)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setQuality(quality);
+    writer.write(image);
+    return bytes;
+}
+
+// A page as a scanner gives it: painted at half the size and scaled up, so
+// that its halftones blur as a scan's do and JPEG keeps it at the size of a
+// scanned page.
+QImage scanned(quint64 seed, const QSize& size)
+{
+    return ComicPagePainter(seed)
+        .page(size / 4)
+        .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+// The pages on all cores, at the highest quality that keeps page 1 within
+// 200 KB, as scanned comics are commonly compressed.
+std::vector<QByteArray> paint(int count, const QSize& size, int* quality)
+{
+    const QImage first = scanned(9000, size);
+    *quality = 90;
+    while (*quality > 10 && jpeg(first, *quality).size() > 200 * 1024)
+        *quality -= 5;
+    std::vector<QByteArray> pages(static_cast<size_t>(count));
+    std::atomic<int> next(0);
+    auto work = [&] {
+        for (int page = next++; page < count; page = next++)
+            pages[size_t(page)] = jpeg(scanned(9000 + quint64(page), size), *quality);
+    };
+    std::vector<std::thread> workers;
+    for (unsigned i = 0; i < std::max(1u, std::thread::hardware_concurrency()); ++i)
+        workers.emplace_back(work);
+    for (std::thread& worker : workers)
+        worker.join();
+    return pages;
+}
+
+// Makes the book as solid 7z (7-Zip's defaults: LZMA2, one solid block) and
+// as ZIP, unless a run made them already.
+bool makeBook(const Workload& workload)
+{
+    const int count = workload.scale == QLatin1String("full") ? 300 : 6;
+    const QString folder = QDir(workload.dir).absoluteFilePath(QStringLiteral("solid-comic"));
+    book.solid = folder + QStringLiteral("/book.cb7");
+    book.zip = folder + QStringLiteral("/book.cbz");
+    for (int i = 0; i < count; ++i)
+        book.pages << pageName(i);
+    const QString stamp = folder + QStringLiteral("/made");
+    if (QFileInfo(stamp).exists()) {
+        const QList<QByteArray> words = TestSupport::readFile(stamp).split(' ');
+        book.quality = words.value(0).toInt();
+        book.pageBytes = words.value(1).toLongLong();
+        return book.quality > 0 && QFileInfo(book.solid).exists() && QFileInfo(book.zip).exists();
+    }
+    const std::vector<QByteArray> pages = paint(count, workload.pageSize, &book.quality);
+    TestSupport::TemporaryDir files;
+    QList<TestSupport::ZipEntry> entries;
+    qint64 total = 0;
+    for (int i = 0; i < count; ++i) {
+        if (!TestSupport::writeFile(files.filePath(pageName(i)), pages[size_t(i)]))
+            return false;
+        entries << TestSupport::ZipEntry(pageName(i).toUtf8(), pages[size_t(i)]);
+        total += pages[size_t(i)].size();
+    }
+    book.pageBytes = total / count;
+    QDir().mkpath(folder);
+    QFile::remove(book.solid);
+    QProcess archiver;
+    archiver.setWorkingDirectory(files.path());
+    archiver.start("7zz", { "a", "-bd", "-t7z", "-m0=lzma2", "-mx=5", "-ms=on", book.solid, "." });
+    if (!archiver.waitForFinished(600000) || archiver.exitCode() != 0) {
+        std::fprintf(stderr, "7zz could not make %s\n", qPrintable(book.solid));
+        return false;
+    }
+    return TestSupport::writeZip(book.zip, entries)
+        && TestSupport::writeFile(
+            stamp, QByteArray::number(book.quality) + ' ' + QByteArray::number(book.pageBytes));
+}
+
+// Each book's filler holds its lock while it works: taking them all waits
+// for every filler to end.
+void waitForFillers(const QString& cache)
+{
+    for (const QString& folder : QDir(cache).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const int fd = ::open(QFile::encodeName(cache + '/' + folder + "/lock").constData(),
+            O_RDWR | O_CLOEXEC);
+        if (fd >= 0) {
+            ::flock(fd, LOCK_EX);
+            ::close(fd);
+        }
+    }
+}
+
+// One page from each book in turns; false when they differ.
+bool pagePair(RarArchive& solid, ComicZipArchive& zip, int index, PairedSamples* times)
+{
+    QImage fromSolid, fromZip;
+    double ours = 0, reference = 0;
+    const QString& name = book.pages.at(index);
+    PairedSamples::inTurns(
+        index, [&] { ours = PairedSamples::seconds([&] { fromSolid = solid.data(name); }); },
+        [&] { reference = PairedSamples::seconds([&] { fromZip = zip.data(name); }); });
+    times->add(ours, reference);
+    return !fromSolid.isNull() && fromSolid == fromZip;
+}
+
+// Pages 1, the middle one and the last, as counters of milliseconds.
+void reportPages(benchmark::State& state, const PairedSamples& times, const QList<int>& at)
+{
+    const char* names[] = { "p1", "pmid", "plast" };
+    for (int i = 0; i < at.size() && i < 3; ++i) {
+        const double ours = times.ours().at(at.at(i)) * 1000;
+        const double reference = times.reference().at(at.at(i)) * 1000;
+        state.counters[std::string(names[i]) + "_ms"] = ours;
+        state.counters[std::string(names[i]) + "_zip_ms"] = reference;
+        state.counters[std::string(names[i]) + "_ratio"] = reference > 0 ? ours / reference : 0.0;
+    }
+    state.counters["pages"] = book.pages.size();
+    state.counters["page_kb"] = book.pageBytes / 1024.0;
+    state.counters["quality"] = book.quality;
+    state.counters["book_mb"] = QFileInfo(book.solid).size() / 1048576.0;
+}
+
+// Without the cache: pages 1, the middle one and the last, each decompressing
+// what comes before it.
+void withoutCache(benchmark::State& state)
+{
+    qputenv("TAMBER_UNRAR_CACHE_LIMIT", "0");
+    RarArchive solid(book.solid);
+    ComicZipArchive zip(book.zip);
+    const int last = book.pages.size() - 1;
+    for (auto _ : state) {
+        PairedSamples times;
+        for (int index : { 0, last / 2, last }) {
+            if (!pagePair(solid, zip, index, &times)) {
+                state.SkipWithError("a page of the 7z differs from the ZIP's");
+                return;
+            }
+        }
+        double total = 0;
+        for (double seconds : times.ours())
+            total += seconds;
+        state.SetIterationTime(total);
+        reportPages(state, times, { 0, 1, 2 });
+    }
+    qunsetenv("TAMBER_UNRAR_CACHE_LIMIT");
+}
+
+// With the cache, empty at first: every page from the first to the last, as
+// a reader turns them, the pages after the first served by what the first
+// run's filler keeps.
+void withCache(benchmark::State& state)
+{
+    for (auto _ : state) {
+        TestSupport::TemporaryDir cache;
+        qputenv("TAMBER_UNRAR_CACHE_DIR", QFile::encodeName(cache.path()));
+        RarArchive solid(book.solid);
+        ComicZipArchive zip(book.zip);
+        PairedSamples times;
+        for (int index = 0; index < book.pages.size(); ++index) {
+            if (!pagePair(solid, zip, index, &times)) {
+                state.SkipWithError("a page of the 7z differs from the ZIP's");
+                return;
+            }
+        }
+        waitForFillers(cache.path());
+        qunsetenv("TAMBER_UNRAR_CACHE_DIR");
+        double total = 0;
+        for (double seconds : times.ours())
+            total += seconds;
+        state.SetIterationTime(total);
+        const int last = book.pages.size() - 1;
+        reportPages(state, times, { 0, last / 2, last });
+        // The worst page after the first, against its ZIP twin, and the median.
+        QVector<double> ratios;
+        for (int i = 1; i < times.ours().size(); ++i)
+            ratios << times.ours().at(i) / times.reference().at(i);
+        state.counters["worst_ratio_after_p1"] = *std::max_element(ratios.begin(), ratios.end());
+        state.counters["median_ratio_after_p1"] = PairedSamples::median(ratios);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    BenchProgram bench(argc, argv);
+    program = &bench;
+    const std::unique_ptr<QApplication> application = bench.makeApplication(argc, argv);
+    if (!application || !bench.loadWorkload() || !makeBook(bench.workload()))
+        return 2;
+    benchmark::RegisterBenchmark("solid/without_cache", withoutCache)
+        ->Iterations(bench.isSmoke() ? 1 : 3)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("solid/with_cache", withCache)
+        ->Iterations(bench.isSmoke() ? 1 : 3)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+    return bench.run();
+}
