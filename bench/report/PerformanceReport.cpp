@@ -153,6 +153,53 @@ PerformanceReport::Cell largeImage(const QJsonObject& result)
     return cell;
 }
 
+// A page of bench_bigpages as its counter names it ("png1_20000x20000"): its
+// size and kind.
+QString bigPageName(const QString& key)
+{
+    static const QMap<QString, QString> kinds {
+        { QStringLiteral("png1"), QStringLiteral("PNG, 1 bit") },
+        { QStringLiteral("grey"), QStringLiteral("grey PNG") },
+        { QStringLiteral("jpeg"), QStringLiteral("JPEG") },
+        { QStringLiteral("strip"), QStringLiteral("RGB PNG strip") },
+    };
+    const int split = key.indexOf(QLatin1Char('_'));
+    const QString size = key.mid(split + 1).replace(QLatin1Char('x'), QStringLiteral(" × "));
+    return size + QLatin1Char(' ') + kinds.value(key.left(split), key.left(split));
+}
+
+// The costliest page among the counters that start with prefix, as "peak (page)".
+QString costliestPage(const QJsonObject& result, const QString& prefix)
+{
+    QString key;
+    double peak = -1;
+    for (auto it = result.constBegin(); it != result.constEnd(); ++it) {
+        if (it.key().startsWith(prefix) && it.value().toDouble() > peak) {
+            key = it.key().mid(prefix.size());
+            peak = it.value().toDouble();
+        }
+    }
+    return key.isEmpty() ? QString()
+                         : QStringLiteral("%1 (%2)").arg(mebibytes(peak), bigPageName(key));
+}
+
+// No page over the budget may cost more than the costlier page of the budget
+// at the same zoom and orientation, plus 15 %.
+const double bigPageGoal = 1.15;
+
+PerformanceReport::Cell bigPagePeaks(const QJsonObject& result)
+{
+    PerformanceReport::Cell cell;
+    if (failed(result, &cell))
+        return cell;
+    cell.ours = QStringLiteral("worst ") + costliestPage(result, QStringLiteral("peak_mib/"));
+    cell.reference
+        = QStringLiteral("costlier ") + costliestPage(result, QStringLiteral("budget_mib/"));
+    cell.ratio = times(counter(result, "ratio"));
+    cell.verdict = verdict(counter(result, "ratio"), bigPageGoal);
+    return cell;
+}
+
 const double pageTurnGoal = 1.05;
 
 PerformanceReport::Cell armInstructions(const QJsonObject& result)
@@ -247,6 +294,19 @@ QList<RowSpec> rowSpecs()
                          "memory of the decode"),
             QStringLiteral("memory ≤ 0.25 ×"), QStringLiteral("archive/large_image"), largeImage,
             Counted },
+        { QStringLiteral("peak memory of `tamber render` showing the costliest page over the "
+                         "budget at zoom 1 upright (the second page of a CBZ: 20000 × 20000 and "
+                         "30000 × 30000 PNGs of 1 bit, a 12000 × 12000 grey PNG, 12000 × 9000 "
+                         "and 6000 × 8000 JPEGs, an 800 × 20000 strip) vs the costlier page of "
+                         "the budget (4096 × 4096 and 3300 × 5080 JPEGs)"),
+            QStringLiteral("≤ 1.15 ×"), QStringLiteral("bigpages/peak_zoom1_upright"), bigPagePeaks,
+            Counted },
+        { QStringLiteral("the same at zoom 3 in landscape"), QStringLiteral("≤ 1.15 ×"),
+            QStringLiteral("bigpages/peak_zoom3_landscape"), bigPagePeaks, Counted },
+        { QStringLiteral("a 12000 × 9000 JPEG page on screen (the ordinary page tiled), whole "
+                         "process: `tamber render` vs the same of the ordinary 1988 × 3056 "
+                         "page"),
+            QStringLiteral("report"), QStringLiteral("bigpages/show_big_jpeg"), timed(0), Timed },
         { QStringLiteral("a page through the RAR extractor (shared RAR 5 sample) vs the same page "
                          "from the ZIP sample"),
             QStringLiteral("report"), QStringLiteral("archive/rar_page"), timed(0), Timed },

@@ -72,6 +72,23 @@ QString bigBookOpen(double big, double small, double bigList, double smallList)
         .arg(big - small - (bigList - smallList));
 }
 
+// bench_bigpages's peaks at one zoom: each page's in MiB, and the worst
+// page's over the costlier budget page's.
+QString bigPagePeaks(double bigJpeg, double strip)
+{
+    const double worst = qMax(bigJpeg, strip);
+    return QStringLiteral("{\"name\": \"bigpages/peak_zoom1_upright/iterations:3/manual_time\", "
+                          "\"budget_mib/jpeg_4096x4096\": 70.5, "
+                          "\"budget_mib/jpeg_3300x5080\": 75.0, "
+                          "\"peak_mib/png1_30000x30000\": 40.0, "
+                          "\"peak_mib/jpeg_12000x9000\": %1, \"peak_mib/strip_800x20000\": %2, "
+                          "\"budget_mib\": 75.0, \"worst_mib\": %3, \"ratio\": %4}")
+        .arg(bigJpeg)
+        .arg(strip)
+        .arg(worst)
+        .arg(worst / 75.0);
+}
+
 const PerformanceReport::Row* rowOf(const QList<PerformanceReport::Row>& rows, const char* start)
 {
     for (const PerformanceReport::Row& row : rows) {
@@ -92,6 +109,7 @@ private slots:
     void bigBookOpenAllowsOnlyTheListing();
     void armCountsInTheDevicesColumn();
     void busyRunJudgesNoTimes();
+    void bigPagesJudgedByTheCostliestPage();
 };
 
 void TestPerformanceReport::columnsPerQt()
@@ -224,6 +242,35 @@ void TestPerformanceReport::busyRunJudgesNoTimes()
     QVERIFY(page.contains(QStringLiteral(
         "| `bench_view` | other work 1.20 cores; load average 0.30 → 1.40; 95 s, run 3 of 3, "
         "**busy: no verdict on its times** | not recorded |")));
+}
+
+void TestPerformanceReport::bigPagesJudgedByTheCostliestPage()
+{
+    TestSupport::TemporaryDir within;
+    TestSupport::TemporaryDir beyond;
+    // 80 MiB against 75 MiB, within 15 %; then a strip of 90 MiB, 20 % over.
+    QVERIFY(writeResults(within.path(), bigPagePeaks(80.0, 60.0), Busy));
+    QVERIFY(writeResults(beyond.path(), bigPagePeaks(80.0, 90.0)));
+    PerformanceReport report;
+    QString error;
+    QVERIFY(report.load(QStringLiteral("within"), within.path(), &error));
+    QVERIFY(report.load(QStringLiteral("beyond"), beyond.path(), &error));
+    const QList<PerformanceReport::Row> rows = report.rows();
+    const PerformanceReport::Row* upright = rowOf(rows, "peak memory of `tamber render`");
+    QVERIFY(upright);
+    QCOMPARE(upright->cells.at(0).ours, QStringLiteral("worst 80.0 MiB (12000 × 9000 JPEG)"));
+    QCOMPARE(
+        upright->cells.at(0).reference, QStringLiteral("costlier 75.0 MiB (3300 × 5080 JPEG)"));
+    // Memory: judged though the run was busy.
+    QCOMPARE(upright->cells.at(0).verdict, QStringLiteral("met"));
+    QCOMPARE(
+        upright->cells.at(1).ours, QStringLiteral("worst 90.0 MiB (800 × 20000 RGB PNG strip)"));
+    QCOMPARE(upright->cells.at(1).ratio, QStringLiteral("1.20 ×"));
+    QCOMPARE(upright->cells.at(1).verdict, QStringLiteral("missed by 4 %"));
+    // The other zoom is its own benchmark, which neither run has.
+    const PerformanceReport::Row* landscape = rowOf(rows, "the same at zoom 3 in landscape");
+    QVERIFY(landscape);
+    QCOMPARE(landscape->cells.at(0).verdict, QStringLiteral("not run"));
 }
 
 QTEST_APPLESS_MAIN(TestPerformanceReport)
