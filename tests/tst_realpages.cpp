@@ -145,7 +145,8 @@ void TestRealPages::initTestCase()
     QVERIFY(dir.isValid());
     const QByteArray manifest = TestSupport::readFile(pagesDir + QStringLiteral("/manifest.json"));
     if (manifest.isEmpty())
-        QSKIP("no pages: ctest makes them with tests/realpages/make-pages, which needs /usr/bin/python3");
+        QSKIP("no pages: ctest makes them with tests/realpages/make-pages, which needs "
+              "/usr/bin/python3");
     const nlohmann::json parsed = TestSupport::parseJson(manifest);
     const QString skip = TestSupport::jsonText(TestSupport::jsonAt(parsed, "/skip"));
     if (!skip.isEmpty())
@@ -223,7 +224,7 @@ void TestRealPages::decodes()
         qPrintable(kind + ": the archive decodes no image"
             + (lines.isEmpty() ? QString() : "; it says: " + lines.join(" | "))));
     QVERIFY2(image.size() == size,
-        qPrintable(QStringLiteral("%1: %2 × %3, the reference %4 × %5")
+        qPrintable(QStringLiteral("%1: %2 x %3, the reference %4 x %5")
                        .arg(kind)
                        .arg(image.width())
                        .arg(image.height())
