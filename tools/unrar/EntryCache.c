@@ -41,6 +41,12 @@ static const uint64_t entry_limit = (uint64_t)256 << 20;
 static const int wait_limit_ms = 25000;
 static const long poll_interval_ns = 5 * 1000 * 1000;
 
+struct kept
+{
+    uint64_t hash;
+    uint64_t bytes;
+};
+
 struct entry_cache
 {
     struct cache_settings settings;
@@ -49,7 +55,13 @@ struct entry_cache
     char folder[cache_path_size];
     int lock;
     int notify; /* the filler's pipe to the run that started it */
+    uint64_t awaited; /* the hash of the name that run waits for, until passed */
     uint64_t usage;
+    bool measured; /* usage is known: measured once the awaited entry is passed */
+    uint64_t unmeasured; /* bytes kept before that */
+    struct kept* early; /* the entries kept before that, in order */
+    size_t early_count;
+    size_t early_capacity;
     bool stopped;
 
     /* The entry being written. */
@@ -165,6 +177,8 @@ static void notify(struct entry_cache* cache, uint64_t hash, bool kept)
 {
     if (cache->notify < 0)
         return;
+    if (hash == cache->awaited)
+        cache->awaited = 0;
     unsigned char message[9];
     memcpy(message, &hash, 8);
     message[8] = kept;
@@ -190,6 +204,42 @@ static bool write_at(int fd, const void* data, size_t size, off_t offset)
     return true;
 }
 
+/* Finds how much the cache holds, evicting other books to make room; when
+ * this book's entries kept so far are too many, the first of them go, since
+ * the reader is past them. */
+static void measure(struct entry_cache* cache, uint64_t expected)
+{
+    bool fits = false;
+    cache->usage = cache_make_room(&cache->settings, cache->folder, expected, &fits);
+    cache->measured = true;
+    char path[2 * cache_path_size];
+    for (size_t i = 0; !fits && i < cache->early_count; ++i) {
+        entry_path(cache, cache->early[i].hash, path, sizeof path);
+        if (unlink(path) == 0)
+            cache->usage -= cache->early[i].bytes;
+        fits = cache->usage + expected <= cache->settings.limit;
+    }
+    cache->stopped = !fits;
+    free(cache->early);
+    cache->early = NULL;
+    cache->early_count = cache->early_capacity = 0;
+}
+
+static void remember_early(struct entry_cache* cache, uint64_t hash, uint64_t bytes)
+{
+    if (cache->early_count == cache->early_capacity) {
+        const size_t capacity = cache->early_capacity ? 2 * cache->early_capacity : 256;
+        struct kept* more = realloc(cache->early, capacity * sizeof *more);
+        if (!more)
+            return;
+        cache->early = more;
+        cache->early_capacity = capacity;
+    }
+    cache->early[cache->early_count].hash = hash;
+    cache->early[cache->early_count].bytes = bytes;
+    ++cache->early_count;
+}
+
 enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, int64_t size)
 {
     const uint64_t hash = name_hash(name);
@@ -203,7 +253,14 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
         return entry_keep_have;
     }
     const uint64_t expected = size < 0 ? 0 : (uint64_t)size;
-    if (!cache->stopped && cache->usage + expected > cache->settings.limit) {
+    /* The whole cache is looked through, and other books evicted, only once
+     * the run waiting for an entry has it: the entries up to it are
+     * decompressed anyway, and keeping them costs that run nothing. */
+    if (!cache->measured
+        && (cache->awaited == 0 || cache->unmeasured + expected > cache->settings.limit / 2))
+        measure(cache, expected);
+    else if (cache->measured && !cache->stopped
+        && cache->usage + expected > cache->settings.limit) {
         bool fits = false;
         cache->usage = cache_make_room(&cache->settings, cache->folder, expected, &fits);
         cache->stopped = !fits;
@@ -242,8 +299,9 @@ bool entry_cache_write(struct entry_cache* cache, const void* data, size_t size)
     if (cache->out < 0)
         return false;
     const uint64_t at = sizeof(struct entry_header) + cache->name_size + cache->written;
-    if (cache->written + size > entry_limit || cache->usage + at + size > cache->settings.limit
-        || !write_at(cache->out, data, size, (off_t)at))
+    if (cache->written + size > entry_limit
+        || (cache->measured && cache->usage + at + size > cache->settings.limit)
+        || at + size > cache->settings.limit || !write_at(cache->out, data, size, (off_t)at))
         return false;
     cache_hasher_add(&cache->checksum, data, size);
     cache->written += size;
@@ -287,7 +345,12 @@ void entry_cache_end(struct entry_cache* cache, bool complete)
     complete = close(cache->out) == 0 && complete;
     cache->out = -1;
     if (complete && rename(cache->temporary, path) == 0) {
-        cache->usage += sizeof header + cache->name_size + cache->written;
+        const uint64_t bytes = sizeof header + cache->name_size + cache->written;
+        cache->usage += bytes;
+        if (!cache->measured) {
+            cache->unmeasured += bytes;
+            remember_early(cache, cache->name_hash, bytes);
+        }
     } else {
         unlink(cache->temporary);
         complete = false;
@@ -314,6 +377,40 @@ static void remove_temporaries(const struct entry_cache* cache)
     closedir(dir);
 }
 
+/* Closes every descriptor but the standard ones and the filler's own. The
+ * open ones are listed where the system lists them: closing every possible
+ * number costs milliseconds where the limit is high. */
+static void close_others(const struct entry_cache* cache, int notify_fd)
+{
+    int open_fds[256];
+    size_t count = 0;
+    DIR* dir = opendir("/proc/self/fd");
+    if (dir) {
+        struct dirent* entry;
+        while ((entry = readdir(dir)) && count < sizeof open_fds / sizeof *open_fds) {
+            if (entry->d_name[0] >= '0' && entry->d_name[0] <= '9')
+                open_fds[count++] = atoi(entry->d_name);
+        }
+        const int listing = dirfd(dir);
+        for (size_t i = 0; i < count; ++i) {
+            const int fd = open_fds[i];
+            if (fd > STDERR_FILENO && fd != listing && fd != cache->fd && fd != cache->lock
+                && fd != notify_fd)
+                close(fd);
+        }
+        closedir(dir);
+        if (count < sizeof open_fds / sizeof *open_fds)
+            return;
+    }
+    long open_max = sysconf(_SC_OPEN_MAX);
+    if (open_max < 0 || open_max > 4096)
+        open_max = 4096;
+    for (int fd = STDERR_FILENO + 1; fd < open_max; ++fd) {
+        if (fd != cache->fd && fd != cache->lock && fd != notify_fd)
+            close(fd);
+    }
+}
+
 /* The detached child that fills the cache; it never returns. */
 static void run_filler(struct entry_cache* cache, int notify_fd)
 {
@@ -327,23 +424,17 @@ static void run_filler(struct entry_cache* cache, int notify_fd)
         dup2(null, STDOUT_FILENO);
         dup2(null, STDERR_FILENO);
     }
-    long open_max = sysconf(_SC_OPEN_MAX);
-    if (open_max < 0 || open_max > 4096)
-        open_max = 4096;
-    for (int fd = STDERR_FILENO + 1; fd < open_max; ++fd) {
-        if (fd != cache->fd && fd != cache->lock && fd != notify_fd)
-            close(fd);
-    }
+    close_others(cache, notify_fd);
     fcntl(notify_fd, F_SETFL, fcntl(notify_fd, F_GETFL) | O_NONBLOCK);
     cache->notify = notify_fd;
 
     remove_temporaries(cache);
-    bool fits = false;
-    cache->usage = cache_make_room(&cache->settings, cache->folder, 0, &fits);
-    cache->stopped = !fits;
     struct archive* archive = extractor_open_fd(cache->fd, stderr);
     if (archive)
         extractor_fill(archive, cache);
+    /* A pass that ended before its run's entry still keeps the limit. */
+    if (!cache->measured)
+        measure(cache, 0);
     _exit(0);
 }
 
@@ -425,6 +516,7 @@ static bool fill_and_print(struct entry_cache* cache, const char* wanted, FILE* 
     const pid_t child = fork();
     if (child == 0) {
         close(pipe_fds[0]);
+        cache->awaited = name_hash(wanted);
         run_filler(cache, pipe_fds[1]);
     }
     close(pipe_fds[1]);
