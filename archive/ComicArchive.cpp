@@ -6,6 +6,10 @@
 #include <QImageReader>
 #include <QtEndian>
 
+#ifdef TAMBER_KEYED_PNG
+#include "KeyedPng.h"
+#endif
+
 namespace {
 
 // The sizes Qt's JPEG reader decodes to directly, as eighths of the whole.
@@ -89,7 +93,8 @@ QSize ComicArchive::imageSize(QImageReader& reader)
     if (header.size() < 10)
         return size;
     const uchar* bytes = reinterpret_cast<const uchar*>(header.constData());
-    const QSize screen(qFromLittleEndian<quint16>(bytes + 6), qFromLittleEndian<quint16>(bytes + 8));
+    const QSize screen(
+        qFromLittleEndian<quint16>(bytes + 6), qFromLittleEndian<quint16>(bytes + 8));
     return size.isValid() ? size.expandedTo(screen) : screen;
 }
 
@@ -118,8 +123,7 @@ QImage ComicArchive::decode(const QByteArray& bytes)
 
     const QSize size = imageSize(reader);
     if (size.isValid() && pixels(size) > pixelBudget) {
-        const QSize reduced
-            = decodesReduced(reader) ? reducedSize(reader.format(), size) : QSize();
+        const QSize reduced = decodesReduced(reader) ? reducedSize(reader.format(), size) : QSize();
         if (!reduced.isValid()) {
             qDebug() << "Image too big and scaling not supported, bailing!";
             return QImage();
@@ -127,5 +131,11 @@ QImage ComicArchive::decode(const QByteArray& bytes)
         qDebug() << "Image too big, scaling to" << reduced;
         reader.setScaledSize(reduced);
     }
-    return fitsMemoryLimit(reader) ? reader.read() : QImage();
+    if (!fitsMemoryLimit(reader))
+        return QImage();
+#ifdef TAMBER_KEYED_PNG
+    if (KeyedPng::isDeepColourWithKey(bytes))
+        return KeyedPng::read(bytes);
+#endif
+    return reader.read();
 }

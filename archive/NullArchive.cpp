@@ -3,7 +3,12 @@
 
 #include "QtCompat.h"
 
+#ifdef TAMBER_KEYED_PNG
+#include "KeyedPng.h"
+#endif
+
 #include <QDebug>
+#include <QFile>
 #include <QImageReader>
 
 namespace {
@@ -66,7 +71,16 @@ QImage NullArchive::data(const QString& name)
         qDebug() << "Image load error:" << QStringLiteral("Image too big to decode");
         return QImage();
     }
-    const QImage image = reader.read();
+    QImage image;
+#ifdef TAMBER_KEYED_PNG
+    if (reader.format() == "png") {
+        QFile file(name);
+        if (file.open(QIODevice::ReadOnly) && KeyedPng::isDeepColourWithKey(file.peek(1 << 20)))
+            image = KeyedPng::read(file.read(memoryLimit));
+    }
+    if (image.isNull())
+#endif
+        image = reader.read();
     if (image.isNull())
         qDebug() << "Image load error:" << reader.errorString();
     return image;

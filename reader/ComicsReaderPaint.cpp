@@ -127,8 +127,8 @@ void ComicsReader::paintEvent(QPaintEvent*)
             rotation = pageImage.width() > pageImage.height() ? 1 : 0;
         renderedPage = currentPage;
 
-        pageImage = prepared(pageImage, rotation, zoomControl->currentZoomFactor(),
-            QSize(viewWidth, viewHeight));
+        pageImage = prepared(
+            pageImage, rotation, zoomControl->currentZoomFactor(), QSize(viewWidth, viewHeight));
 
         QColor white;
         white.setRgb(255, 255, 255, 255);

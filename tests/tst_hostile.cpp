@@ -299,9 +299,7 @@ QString TestHostile::secondPageBook(const QString& name, const QByteArray& page)
 {
     const QString book = path(name + ".cbz");
     const QByteArray entry = "2-" + name.toUtf8() + (page.startsWith("\x89PNG") ? ".png" : ".jpg");
-    return TestSupport::writeZip(book, { { "1.png", m_png }, { entry, page } })
-        ? book
-        : QString();
+    return TestSupport::writeZip(book, { { "1.png", m_png }, { entry, page } }) ? book : QString();
 }
 
 QByteArray TestHostile::blankJpeg(const QSize& size)
@@ -331,11 +329,11 @@ qint64 TestHostile::renderPeak(const QString& book, double zoom, int orientation
     process.start("/usr/bin/time",
         QStringList { "-o", "report", "-f", "%x %M", "timeout", "-s", "KILL", "300",
             TestSupport::binDir() + "/tamber", "render", book, "--page", "2", "--zoom",
-            QString::number(zoom), "--orientation", QString::number(orientation), "-o",
-            picture });
+            QString::number(zoom), "--orientation", QString::number(orientation), "-o", picture });
     if (!process.waitForFinished(330000))
         return -1;
-    const QList<QByteArray> ended = readFile(path("report")).trimmed().split('\n').last().split(' ');
+    const QList<QByteArray> ended
+        = readFile(path("report")).trimmed().split('\n').last().split(' ');
     if (ended.size() != 2 || ended.at(0) == "Command")
         return -1;
     *shown = ended.at(0) == "0" && QFileInfo(picture).size() > 0;
@@ -366,11 +364,10 @@ void TestHostile::bigPageCostsNoMoreThanABudgetPage_data()
         { "800 x 20000 strip", TestSupport::blankPng(QSize(800, 20000), 8, 2), true },
     };
     for (const auto& page : pages) {
-        const QString book = page.page.isEmpty() ? QString()
-                                                 : secondPageBook(QString(page.name)
-                                                                      .replace(' ', '-')
-                                                                      .replace(',', QString()),
-                                                     page.page);
+        const QString book = page.page.isEmpty()
+            ? QString()
+            : secondPageBook(
+                QString(page.name).replace(' ', '-').replace(',', QString()), page.page);
         QTest::newRow(qPrintable(QStringLiteral("%1, upright").arg(page.name)))
             << book << 1.0 << 0 << page.shown;
         QTest::newRow(qPrintable(QStringLiteral("%1, landscape at zoom 3").arg(page.name)))

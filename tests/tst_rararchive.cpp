@@ -188,7 +188,9 @@ void TestRarArchive::namesRoundTripWhateverTheCodecs()
 #endif
     QTextCodec::setCodecForLocale(QTextCodec::codecForName(localeCodec));
 
-    const QList<ZipEntry> entries { { "caf\xc3\xa9/\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8""4.png", png },
+    const QList<ZipEntry> entries { { "caf\xc3\xa9/\xe3\x83\x9a\xe3\x83\xbc\xe3\x82\xb8"
+                                      "4.png",
+                                        png },
         { "code page \x82.png", png } };
     QVERIFY(TestSupport::writeRar(dir.filePath("names.cbr"), entries));
     QVERIFY(TestSupport::writeZip(dir.filePath("names-zip.cbr"), entries));
@@ -200,7 +202,8 @@ void TestRarArchive::namesRoundTripWhateverTheCodecs()
         names.removeAll(QString());
         QCOMPARE(names.size(), 2);
         for (const QString& name : names)
-            QVERIFY2(!archive->data(name).isNull(), qPrintable(QStringLiteral("%1 in %2").arg(name, book)));
+            QVERIFY2(!archive->data(name).isNull(),
+                qPrintable(QStringLiteral("%1 in %2").arg(name, book)));
     }
 
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
