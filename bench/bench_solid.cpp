@@ -69,9 +69,8 @@ QByteArray jpeg(const QImage& image, int quality)
 // scanned page.
 QImage scanned(quint64 seed, const QSize& size)
 {
-    return ComicPagePainter(seed)
-        .page(size / 4)
-        .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return ComicPagePainter(seed).page(size / 4).scaled(
+        size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 // The pages on all cores, at the highest quality that keeps page 1 within
@@ -143,8 +142,8 @@ bool makeBook(const Workload& workload)
 void waitForFillers(const QString& cache)
 {
     for (const QString& folder : QDir(cache).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const int fd = ::open(QFile::encodeName(cache + '/' + folder + "/lock").constData(),
-            O_RDWR | O_CLOEXEC);
+        const int fd = ::open(
+            QFile::encodeName(cache + '/' + folder + "/lock").constData(), O_RDWR | O_CLOEXEC);
         if (fd >= 0) {
             ::flock(fd, LOCK_EX);
             ::close(fd);

@@ -10,6 +10,8 @@
 #include <QProcessEnvironment>
 #include <QtTest>
 
+#include <zlib.h>
+
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -29,6 +31,8 @@ private slots:
     void damagedKeptEntryIsNeverServed_data();
     void damagedKeptEntryIsNeverServed();
     void killedFillerLeavesNothingServed();
+    void rarNamesNeverBecomePaths_data();
+    void rarNamesNeverBecomePaths();
     void twoRunsAtOnce_data();
     void twoRunsAtOnce();
     void limitEvictsTheLeastRecentBook();
@@ -64,7 +68,10 @@ void start(QProcess& process, const QString& book, const QString& name,
     const QProcessEnvironment& environment)
 {
     process.setProcessEnvironment(environment);
-    process.start(unrar, QStringList() << "p" << "-ierr" << "--" << book << name);
+    process.start(unrar,
+        QStringList() << "p"
+                      << "-ierr"
+                      << "--" << book << name);
 }
 
 Run finished(QProcess& process)
@@ -111,7 +118,8 @@ Pages pagesOf(int count, int size, quint64 seed)
     Pages pages;
     pages << qMakePair(QStringLiteral("ComicInfo.xml"), QByteArray("<ComicInfo/>"));
     for (int i = 1; i <= count; ++i)
-        pages << qMakePair(QStringLiteral("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')), noise(size, seed + quint64(i)));
+        pages << qMakePair(QStringLiteral("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')),
+            noise(size, seed + quint64(i)));
     return pages;
 }
 
@@ -128,8 +136,9 @@ bool pack(const QString& path, const Pages& pages, const QString& kind)
     if (kind == QLatin1String("zip"))
         arguments << "-tzip";
     else
-        arguments << "-t7z" << "-m0=lzma2" << "-mx=1"
-                  << (kind == QLatin1String("solid") ? "-ms=on" : "-ms=off");
+        arguments << "-t7z"
+                  << "-m0=lzma2"
+                  << "-mx=1" << (kind == QLatin1String("solid") ? "-ms=on" : "-ms=off");
     QFile::remove(path);
     QProcess archiver;
     archiver.setWorkingDirectory(files.path());
@@ -247,11 +256,13 @@ void TestUnrarCache::readsAsAFreshExtraction()
         QCOMPARE(fresh(book, pages.at(index).first).out, pages.at(index).second);
 
     QString failure;
-    QVERIFY2(readsMatch(book, pages, order, cacheEnvironment(cache), &failure), qPrintable(failure));
+    QVERIFY2(
+        readsMatch(book, pages, order, cacheEnvironment(cache), &failure), qPrintable(failure));
     waitForFillers(cache);
     QCOMPARE(keptEntries(cache).size(), kept ? pages.size() : 0);
     // Everything read again comes from the cache now.
-    QVERIFY2(readsMatch(book, pages, order, cacheEnvironment(cache), &failure), qPrintable(failure));
+    QVERIFY2(
+        readsMatch(book, pages, order, cacheEnvironment(cache), &failure), qPrintable(failure));
 }
 
 void TestUnrarCache::replacedBookGivesTheNewBytes_data()
@@ -401,6 +412,54 @@ void TestUnrarCache::killedFillerLeavesNothingServed()
     QVERIFY(!QFileInfo(partial).exists());
 }
 
+void TestUnrarCache::rarNamesNeverBecomePaths_data()
+{
+    QTest::addColumn<bool>("solid");
+    QTest::newRow("solid RAR 5") << true;
+    QTest::newRow("RAR 5 that is not solid keeps nothing") << false;
+}
+
+// Entries are kept under names made from hashes: a name that climbs out of
+// its folder, starts at the root or holds a line break stays an entry name.
+void TestUnrarCache::rarNamesNeverBecomePaths()
+{
+    QFETCH(bool, solid);
+    const QString book = dir.filePath(QStringLiteral("names.cbr"));
+    const QString cache = dir.filePath(QStringLiteral("cache-names-%1").arg(solid));
+    const QList<TestSupport::ZipEntry> entries { { "01.jpg", noise(30000, 1000) },
+        { "../../escaped.jpg", noise(30000, 1001) }, { "/tmp/rooted.jpg", noise(30000, 1002) },
+        { "line\nbreak.jpg", noise(30000, 1003) }, { "01.jpg", noise(30000, 1004) } };
+    QVERIFY(TestSupport::writeRar(book, entries));
+    if (solid) {
+        // The main header's archive flags, after the mark, its CRC, its size,
+        // type and flags: bit 2 is "solid".
+        QByteArray rar = TestSupport::readFile(book);
+        QCOMPARE(rar.mid(12, 4), QByteArray("\x03\x01\x00\x00", 4));
+        rar[15] = '\x04';
+        const quint32 crc
+            = quint32(::crc32(0, reinterpret_cast<const Bytef*>(rar.constData() + 12), 4));
+        for (int i = 0; i < 4; ++i)
+            rar[8 + i] = char(crc >> (8 * i));
+        QVERIFY(TestSupport::writeFile(book, rar));
+    }
+    // A name given twice is its first entry's, as without a cache.
+    for (int index : QList<int> { 3, 0, 1, 2, 4 }) {
+        const Run run
+            = extract(book, QString::fromUtf8(entries.at(index).first), cacheEnvironment(cache));
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.out, entries.at(index == 4 ? 0 : index).second);
+    }
+    waitForFillers(cache);
+    QCOMPARE(keptEntries(cache).size(), solid ? 4 : 0);
+    QVERIFY(!QFileInfo(dir.filePath(QStringLiteral("escaped.jpg"))).exists());
+    QVERIFY(!QFileInfo(QStringLiteral("/tmp/rooted.jpg")).exists());
+    const QRegExp hashed(QStringLiteral("[0-9a-f]{32}/(e-[0-9a-f]{16}|key|lock)"));
+    for (const QString& book : bookFolders(cache)) {
+        for (const QString& file : QDir(cache + '/' + book).entryList(QDir::Files | QDir::Hidden))
+            QVERIFY2(hashed.exactMatch(book + '/' + file), qPrintable(file));
+    }
+}
+
 void TestUnrarCache::twoRunsAtOnce_data()
 {
     QTest::addColumn<int>("first");
@@ -485,10 +544,14 @@ void TestUnrarCache::unusableCacheChangesOnlySpeed_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("limit");
-    QTest::newRow("a file where the folder would be") << "file/cache" << "";
-    QTest::newRow("a relative folder") << "relative" << "";
-    QTest::newRow("a limit of 0 turns it off") << "off" << "0";
-    QTest::newRow("a limit that is no number") << "bad-limit" << "lots";
+    QTest::newRow("a file where the folder would be") << "file/cache"
+                                                      << "";
+    QTest::newRow("a relative folder") << "relative"
+                                       << "";
+    QTest::newRow("a limit of 0 turns it off") << "off"
+                                               << "0";
+    QTest::newRow("a limit that is no number") << "bad-limit"
+                                               << "lots";
 }
 
 void TestUnrarCache::unusableCacheChangesOnlySpeed()

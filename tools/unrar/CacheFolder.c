@@ -12,6 +12,7 @@
 #include <string.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 /* Half a GiB holds a dozen comics of 40 MB; TAMBER_UNRAR_CACHE_LIMIT sets
@@ -66,8 +67,8 @@ bool cache_settings_read(struct cache_settings* settings)
     const char* dir = getenv("TAMBER_UNRAR_CACHE_DIR");
     if (dir && dir[0])
         return dir[0] == '/'
-            && fits(sizeof settings->root,
-                snprintf(settings->root, sizeof settings->root, "%s", dir));
+            && fits(
+                sizeof settings->root, snprintf(settings->root, sizeof settings->root, "%s", dir));
     return default_root(settings->root, sizeof settings->root);
 }
 
@@ -257,7 +258,13 @@ bool cache_book_folder(const struct cache_settings* settings, const char* canoni
 
 void cache_touch(const char* folder)
 {
-    utimensat(AT_FDCWD, folder, NULL, 0);
+    /* The clock's own time rather than the file system's, which may be a
+     * tick behind, so that a book read after another is never older. */
+    struct timespec now[2];
+    if (clock_gettime(CLOCK_REALTIME, &now[0]) != 0)
+        return;
+    now[1] = now[0];
+    utimensat(AT_FDCWD, folder, now, 0);
 }
 
 /* --- size and eviction ------------------------------------------------------- */

@@ -182,7 +182,8 @@ static void notify(struct entry_cache* cache, uint64_t hash, bool kept)
     unsigned char message[9];
     memcpy(message, &hash, 8);
     message[8] = kept;
-    if (write(cache->notify, message, sizeof message) != (ssize_t)sizeof message && errno != EAGAIN) {
+    if (write(cache->notify, message, sizeof message) != (ssize_t)sizeof message
+        && errno != EAGAIN) {
         close(cache->notify);
         cache->notify = -1;
     }
@@ -330,14 +331,15 @@ void entry_cache_end(struct entry_cache* cache, bool complete)
     if (cache->out < 0)
         return;
     struct book_identity now;
-    if (complete && (!book_identity_of(cache->fd, &now) || !book_identity_same(&now, &cache->identity))) {
+    if (complete
+        && (!book_identity_of(cache->fd, &now) || !book_identity_same(&now, &cache->identity))) {
         forget_book(cache);
         complete = false;
     }
     if (complete && cache->declared >= 0 && (uint64_t)cache->declared != cache->written)
         complete = false;
-    struct entry_header header = { { 0 }, cache->name_size, cache->written,
-        cache_hasher_end(&cache->checksum), 0 };
+    struct entry_header header
+        = { { 0 }, cache->name_size, cache->written, cache_hasher_end(&cache->checksum), 0 };
     memcpy(header.magic, entry_magic, sizeof entry_magic);
     char path[2 * cache_path_size];
     entry_path(cache, cache->name_hash, path, sizeof path);
@@ -549,8 +551,7 @@ bool entry_cache_print(const char* path, const char* wanted, FILE* out, int* sta
         goto done;
     cache->fd = open(path, O_RDONLY | O_CLOEXEC);
     if (cache->fd < 0 || !archive_is_solid(cache->fd)
-        || !book_identity_of(cache->fd, &cache->identity)
-        || !(canonical = realpath(path, NULL))
+        || !book_identity_of(cache->fd, &cache->identity) || !(canonical = realpath(path, NULL))
         || !cache_book_folder(
             &cache->settings, canonical, &cache->identity, cache->folder, sizeof cache->folder))
         goto done;

@@ -331,13 +331,14 @@ static unsigned char* unpack_header(int fd, const struct streams* s, size_t* siz
      * the size of the archive's would be allocated for nothing. */
     lzma_options_lzma* options = filters[0].options;
     if (options->dict_size > s->unpack_size)
-        options->dict_size = s->unpack_size < LZMA_DICT_SIZE_MIN ? LZMA_DICT_SIZE_MIN
-                                                                 : (uint32_t)s->unpack_size;
+        options->dict_size
+            = s->unpack_size < LZMA_DICT_SIZE_MIN ? LZMA_DICT_SIZE_MIN : (uint32_t)s->unpack_size;
 
     unsigned char* packed = malloc((size_t)s->pack_size);
     unsigned char* unpacked = malloc((size_t)s->unpack_size);
     lzma_stream stream = LZMA_STREAM_INIT;
-    bool done = packed && unpacked && read_at(fd, packed, (size_t)s->pack_size, 32 + s->pack_position)
+    bool done = packed && unpacked
+        && read_at(fd, packed, (size_t)s->pack_size, 32 + s->pack_position)
         && lzma_raw_decoder(&stream, filters) == LZMA_OK;
     if (done) {
         stream.next_in = packed;
