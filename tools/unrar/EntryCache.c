@@ -177,8 +177,15 @@ static void notify(struct entry_cache* cache, uint64_t hash, bool kept)
 {
     if (cache->notify < 0)
         return;
-    if (hash == cache->awaited)
+    if (hash == cache->awaited) {
         cache->awaited = 0;
+        /* Its run has its entry: the rest goes below the reader's own work,
+         * so that a page kept already is shown first, while a run that
+         * waits for an entry leaves the filler the processor. */
+        if (nice(10) == -1) {
+            /* Not allowed: the filler keeps the reader's priority. */
+        }
+    }
     unsigned char message[9];
     memcpy(message, &hash, 8);
     message[8] = kept;
