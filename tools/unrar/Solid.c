@@ -13,8 +13,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/* Headers larger than this are not looked into: a comic's is a few KB. */
-static const uint64_t header_limit = 16u << 20;
+/* Headers larger than this are not looked into: a comic's is a few KB, and
+ * one of a hundred thousand entries a few MB. */
+static const uint64_t header_limit = 4u << 20;
 
 static bool read_at(int fd, void* buffer, size_t size, uint64_t offset)
 {
