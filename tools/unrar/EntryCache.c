@@ -58,9 +58,10 @@ struct entry_cache
     uint64_t usage;
     bool measured; /* usage is known: measured once the awaited entry is passed */
     uint64_t unmeasured; /* bytes kept before that */
-    struct kept* early; /* the entries kept before that, in order */
-    size_t early_count;
-    size_t early_capacity;
+    struct kept* behind; /* entries kept before the awaited one, in order */
+    size_t behind_count;
+    size_t behind_capacity;
+    size_t behind_next; /* the first of them not yet removed for room */
     bool stopped;
 
     /* The entry being written. */
@@ -137,6 +138,20 @@ static enum served serve(const struct entry_cache* cache, const char* wanted, FI
 
 /* --- the filler's side ----------------------------------------------------------- */
 
+static bool seen_in_pass(const struct entry_cache* cache, uint64_t hash)
+{
+    if (hash == 0)
+        hash = 1;
+    if (cache->seen_capacity == 0)
+        return false;
+    size_t slot = (size_t)(hash & (cache->seen_capacity - 1));
+    for (; cache->seen[slot]; slot = (slot + 1) & (cache->seen_capacity - 1)) {
+        if (cache->seen[slot] == hash)
+            return true;
+    }
+    return false;
+}
+
 static bool seen_before(struct entry_cache* cache, uint64_t hash)
 {
     /* Open addressing over a table kept at most half full; 0 marks a free
@@ -211,40 +226,73 @@ static bool write_at(int fd, const void* data, size_t size, off_t offset)
     return true;
 }
 
-/* Finds how much the cache holds, evicting other books to make room; when
- * this book's entries kept so far are too many, the first of them go, since
- * the reader is past them. */
-static void measure(struct entry_cache* cache, uint64_t expected)
+/* Removes this book's entries that this pass has not reached: kept for a
+ * reader who was elsewhere in the book, they matter less than the ones that
+ * follow where the reader is now. True once expected more bytes fit. */
+static bool drop_ahead(struct entry_cache* cache, uint64_t expected)
+{
+    DIR* dir = opendir(cache->folder);
+    if (!dir)
+        return false;
+    bool fits = false;
+    struct dirent* entry;
+    struct stat status;
+    while (!fits && (entry = readdir(dir))) {
+        char* end = NULL;
+        if (entry->d_name[0] != 'e' || entry->d_name[1] != '-')
+            continue;
+        const uint64_t hash = strtoull(entry->d_name + 2, &end, 16);
+        if (*end || seen_in_pass(cache, hash)
+            || fstatat(dirfd(dir), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0
+            || unlinkat(dirfd(dir), entry->d_name, 0) != 0)
+            continue;
+        cache->usage
+            -= (uint64_t)status.st_size < cache->usage ? (uint64_t)status.st_size : cache->usage;
+        fits = cache->usage + expected <= cache->settings.limit;
+    }
+    closedir(dir);
+    return fits;
+}
+
+/* Makes room for expected more bytes: other books go first, least recently
+ * read first; then this book's entries before the one its run waited for,
+ * first ones first, since the reader is past them; then those kept for a
+ * reader who was further on. Where the book is larger than the limit, what
+ * is kept thus slides along with the reader. */
+static void make_room(struct entry_cache* cache, uint64_t expected)
 {
     bool fits = false;
     cache->usage = cache_make_room(&cache->settings, cache->folder, expected, &fits);
     cache->measured = true;
     char path[2 * cache_path_size];
-    for (size_t i = 0; !fits && i < cache->early_count; ++i) {
-        entry_path(cache, cache->early[i].hash, path, sizeof path);
+    for (; !fits && cache->behind_next < cache->behind_count; ++cache->behind_next) {
+        const struct kept* behind = &cache->behind[cache->behind_next];
+        entry_path(cache, behind->hash, path, sizeof path);
         if (unlink(path) == 0)
-            cache->usage -= cache->early[i].bytes;
+            cache->usage -= behind->bytes;
         fits = cache->usage + expected <= cache->settings.limit;
     }
+    if (!fits)
+        fits = drop_ahead(cache, expected);
     cache->stopped = !fits;
-    free(cache->early);
-    cache->early = NULL;
-    cache->early_count = cache->early_capacity = 0;
 }
 
-static void remember_early(struct entry_cache* cache, uint64_t hash, uint64_t bytes)
+/* Notes a kept entry that comes before the one the filler's run waits for. */
+static void remember_behind(struct entry_cache* cache, uint64_t hash, uint64_t bytes)
 {
-    if (cache->early_count == cache->early_capacity) {
-        const size_t capacity = cache->early_capacity ? 2 * cache->early_capacity : 256;
-        struct kept* more = realloc(cache->early, capacity * sizeof *more);
+    if (cache->awaited == 0)
+        return;
+    if (cache->behind_count == cache->behind_capacity) {
+        const size_t capacity = cache->behind_capacity ? 2 * cache->behind_capacity : 256;
+        struct kept* more = realloc(cache->behind, capacity * sizeof *more);
         if (!more)
             return;
-        cache->early = more;
-        cache->early_capacity = capacity;
+        cache->behind = more;
+        cache->behind_capacity = capacity;
     }
-    cache->early[cache->early_count].hash = hash;
-    cache->early[cache->early_count].bytes = bytes;
-    ++cache->early_count;
+    cache->behind[cache->behind_count].hash = hash;
+    cache->behind[cache->behind_count].bytes = bytes;
+    ++cache->behind_count;
 }
 
 enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, int64_t size)
@@ -256,6 +304,8 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
     entry_path(cache, hash, path, sizeof path);
     struct stat status;
     if (stat(path, &status) == 0 && (uint64_t)status.st_size >= sizeof(struct entry_header)) {
+        if (hash != cache->awaited)
+            remember_behind(cache, hash, (uint64_t)status.st_size);
         notify(cache, hash, true);
         return entry_keep_have;
     }
@@ -264,14 +314,9 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
      * the run waiting for an entry has it: the entries up to it are
      * decompressed anyway, and keeping them costs that run nothing. */
     if (!cache->measured
-        && (cache->awaited == 0 || cache->unmeasured + expected > cache->settings.limit / 2))
-        measure(cache, expected);
-    else if (cache->measured && !cache->stopped
-        && cache->usage + expected > cache->settings.limit) {
-        bool fits = false;
-        cache->usage = cache_make_room(&cache->settings, cache->folder, expected, &fits);
-        cache->stopped = !fits;
-    }
+            ? cache->awaited == 0 || cache->unmeasured + expected > cache->settings.limit / 2
+            : !cache->stopped && cache->usage + expected > cache->settings.limit)
+        make_room(cache, expected);
     if (cache->stopped || expected > entry_limit || expected > cache->settings.limit) {
         notify(cache, hash, false);
         return entry_keep_skip;
@@ -355,10 +400,10 @@ void entry_cache_end(struct entry_cache* cache, bool complete)
     if (complete && rename(cache->temporary, path) == 0) {
         const uint64_t bytes = sizeof header + cache->name_size + cache->written;
         cache->usage += bytes;
-        if (!cache->measured) {
+        if (!cache->measured)
             cache->unmeasured += bytes;
-            remember_early(cache, cache->name_hash, bytes);
-        }
+        if (cache->name_hash != cache->awaited)
+            remember_behind(cache, cache->name_hash, bytes);
     } else {
         unlink(cache->temporary);
         complete = false;
@@ -442,7 +487,7 @@ static void run_filler(struct entry_cache* cache, int notify_fd)
         extractor_fill(archive, cache);
     /* A pass that ended before its run's entry still keeps the limit. */
     if (!cache->measured)
-        measure(cache, 0);
+        make_room(cache, 0);
     _exit(0);
 }
 
