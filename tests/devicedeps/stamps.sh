@@ -42,7 +42,7 @@ stamps() { # OUTPUT
 stamps "$scratch/before"
 stamps "$scratch/again"
 parts=$(wc -l <"$scratch/before")
-[ "$parts" -eq 16 ] || fail "--stamps printed $parts parts, not 16: $(cut -d' ' -f1 "$scratch/before" | tr '\n' ' ')"
+[ "$parts" -eq 18 ] || fail "--stamps printed $parts parts, not 18: $(cut -d' ' -f1 "$scratch/before" | tr '\n' ' ')"
 grep -qvE '^[a-z0-9-]+ +[0-9a-f]{40}$' "$scratch/before" && fail "not NAME STAMP lines: $(cat "$scratch/before")"
 cmp -s "$scratch/before" "$scratch/again" || fail "two runs on the same tree gave different stamps"
 [ ! -e "$prefix" ] || fail "--stamps wrote into PREFIX"
@@ -71,19 +71,21 @@ edit() { # FILE SED-SCRIPT: fails the test when the script changes nothing
 # A shared flag: every part that compiles, and the parts built on them.
 edit scripts/device-deps 's/^common_cflags="-O2 /common_cflags="-O2 -g /'
 expect "common_cflags" zlib-glibc libzip-glibc libarchive-glibc libwebp-glibc libwebpmux-glibc \
-  brotli-glibc highway-glibc jpeg-xl-glibc glibc-compat zlib-musl liblzma-musl libarchive-musl extractor
+  dav1d-glibc libavif-glibc brotli-glibc highway-glibc jpeg-xl-glibc glibc-compat zlib-musl \
+  liblzma-musl libarchive-musl extractor
 
 # Each toolchain file shapes its own variant's CMake builds, not the other's.
 edit cmake/toolchain-armhf.cmake 's/-fdata-sections"/-fdata-sections -fno-common"/'
+# dav1d is built by meson with a cross file of its own, and libavif on it.
 expect "the glibc toolchain file" libzip-glibc libarchive-glibc libwebp-glibc libwebpmux-glibc \
-  brotli-glibc highway-glibc jpeg-xl-glibc
+  libavif-glibc brotli-glibc highway-glibc jpeg-xl-glibc
 edit cmake/toolchain-armhf-musl.cmake 's/-static -Wl,--gc-sections/-static -Wl,--gc-sections -s/'
 expect "the musl toolchain file" liblzma-musl libarchive-musl extractor
 
 # cmake_lib, which libarchive's parts reach only through libarchive_for.
 edit scripts/device-deps '/^cmake_lib() {/a\  local changed=1'
-expect "cmake_lib" libzip-glibc libarchive-glibc libwebp-glibc libwebpmux-glibc brotli-glibc \
-  highway-glibc jpeg-xl-glibc liblzma-musl libarchive-musl extractor
+expect "cmake_lib" libzip-glibc libarchive-glibc libwebp-glibc libwebpmux-glibc libavif-glibc \
+  brotli-glibc highway-glibc jpeg-xl-glibc liblzma-musl libarchive-musl extractor
 
 # A function that the build functions never call directly: apt_sources
 # reaches it.
@@ -92,6 +94,10 @@ expect "deb822_twins" sources musl-sysroot zlib-musl liblzma-musl libarchive-mus
 
 edit scripts/glibc-compat.c '$a\/* changed */'
 expect "glibc-compat.c" glibc-compat
+
+# What dav1d is built with: libavif, built on it, follows.
+edit scripts/device-deps 's/-Dbitdepths=8,16 /-Dbitdepths=8 /'
+expect "dav1d's bit depths" dav1d-glibc libavif-glibc
 
 # The driver file that musl-sysroot writes into PREFIX: every musl compile.
 mkdir -p "$prefix/musl-sysroot"
