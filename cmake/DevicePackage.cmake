@@ -6,7 +6,8 @@
 #   lib/tamber/unrar                       the RAR extractor
 #   lib/tamber/plugins/libcomicsreader.so  the plug-in
 #   lib/tamber/imageformats/libq*.so       Qt image plug-ins for page formats
-#                                          the device's Qt lacks (WebP, JPEG XL),
+#                                          the device's Qt lacks (WebP, AVIF,
+#                                          JPEG XL),
 #                                          where its Qt looks: the
 #                                          application's folder
 #   share/doc/tamber-comics/LICENSE        the project's licence
