@@ -27,6 +27,12 @@ endif()
 # On the device the host has loaded libtamber and Qt before the plug-in, so the
 # plug-in carries no run path, in the build as in the package.
 set_target_properties(comicsreader PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "")
+if(CMAKE_CROSSCOMPILING)
+  # The host stand-in keeps the C++ runtime that it links statically to
+  # itself, so that the plug-in is linked with its own copy and never takes
+  # one from a libtamber that happens to export it.
+  target_link_options(tamber PRIVATE -Wl,--exclude-libs,ALL)
+endif()
 install(TARGETS comicsreader LIBRARY DESTINATION ${TAMBER_APP_DIR}/plugins COMPONENT device)
 get_property(tamber_image_plugins GLOBAL PROPERTY TAMBER_IMAGE_PLUGINS)
 if(tamber_image_plugins)
