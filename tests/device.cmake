@@ -11,7 +11,7 @@ if(CMAKE_CROSSCOMPILING)
   add_dependencies(devicehost comicsreader unrar)
   add_test(NAME device-package
     COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/devicepackage/check.sh ${CMAKE_BINARY_DIR}
-      $<TARGET_FILE:devicehost> ${TAMBER_SAMPLES_DIR})
+      $<TARGET_FILE:devicehost> ${TAMBER_SAMPLES_DIR} ${TAMBER_DEVICE_PREFIX})
   tamber_test_environment(device-package)
   # 77: the RAR sample is not beside the checkout, so that case was skipped.
   set_tests_properties(device-package PROPERTIES LABELS package TIMEOUT 300 SKIP_RETURN_CODE 77)

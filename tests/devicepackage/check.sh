@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # The device package as a reader gets it.
 #
-#   check.sh BUILD DEVICEHOST SAMPLES
+#   check.sh BUILD DEVICEHOST SAMPLES DEPS-PREFIX
 #
 # Makes the package with cpack in BUILD, then:
 #  - reads its binaries: the plug-in needs only the C library family, Qt 4's
@@ -10,6 +10,13 @@
 #    none of the C++ runtime's or GCC's; the extractor is fully static (no
 #    program interpreter, no shared library). Each binary's highest GLIBC_
 #    version is printed, so that a regression shows by its name.
+#  - resolves each shared object's imports against the files of the libraries
+#    that it names (the SDK's Qt, libtamber, the cross compiler's C library):
+#    every undefined dynamic symbol, at its version, is defined by one of them;
+#    none is a symbol of the static libraries that it links (DEPS-PREFIX's, the
+#    C++ runtime, libgcc), which must come from its own copy, as zlib must
+#    rather than from QtCore's export of Qt's; and each exports only Qt's
+#    plug-in entry points.
 #  - finds the licence and the notices of every library that the binaries
 #    link statically, beside them, GCC's runtime and glibc's start files among
 #    them.
@@ -19,12 +26,24 @@
 #    through the unpacked image plug-in, the same in JPEG XL, a 7z comic of
 #    LZMA2 named .cbr, whose pages come from the unpacked extractor beside it,
 #    and the shared RAR sample in SAMPLES (nothing here can write a RAR).
+#    AVIF comics of 8 and 10 bits a sample go through the AVIF plug-in.
+#  - loads the plug-in with a copy of the SDK's QtCore whose zlib symbols are
+#    made local (the dynamic linker skips them), as a Qt built on a shared
+#    zlib would be, and reads a deflated comic: a plug-in that took inflate
+#    or crc32 from QtCore stops there with "undefined symbol". A probe that
+#    takes inflateEnd from QtCore shows that the copy lends it no more. Under
+#    the real QtCore, the C library's record of bindings shows no symbol of a
+#    static library bound from a packaged plug-in to another object.
 # Without the sample, says "skipped: " why and exits 77 when nothing failed.
 set -euo pipefail
-build=$1 host=$2 samples=$3
+build=$1 host=$2 samples=$3 deps=$4
 baseline=2.11
 readelf=arm-linux-gnueabihf-readelf
 objdump=arm-linux-gnueabihf-objdump
+nm=arm-linux-gnueabihf-nm
+cc=arm-linux-gnueabihf-gcc  # as cmake/toolchain-armhf.cmake
+sdk_lib=$(ls -d "$build"/qt-*-armhf/lib | head -n 1)
+c_lib=/usr/arm-linux-gnueabihf/lib
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -62,10 +81,61 @@ check_library() { # FILE ALLOWED-NEEDED-PATTERN
   done
 }
 
-c_library='^(libc\.so\.6|libm\.so\.6|libpthread\.so\.0|ld-linux-armhf\.so\.3)$'
+c_library='^(libc\.so\.6|libm\.so\.6|libpthread\.so\.0|libdl\.so\.2|ld-linux-armhf\.so\.3)$'
 check_library "$app/plugins/libcomicsreader.so" "$c_library|^(libQtCore\.so\.4|libQtGui\.so\.4|libtamber\.so\.0)$"
 for plugin in "$app"/imageformats/*.so; do
   [ -e "$plugin" ] && check_library "$plugin" "$c_library|^(libQtCore\.so\.4|libQtGui\.so\.4)$"
+done
+for format in webp avif jxl; do
+  [ -e "$app/imageformats/libq$format.so" ] || fail "the package holds no imageformats/libq$format.so"
+done
+
+# The global symbols of every static library that the binaries link: ours, the
+# compat stand-ins, and the cross compiler's C++ runtime and libgcc.
+statics=("$deps"/glibc/lib/*.a "$deps/glibc/lib/glibc-compat.o")
+for archive in libstdc++.a libgcc.a libgcc_eh.a; do
+  statics+=("$(${cc/gcc/g++} -print-file-name="$archive")")
+done
+$nm -g --defined-only "${statics[@]}" 2>/dev/null | awk 'NF == 3 { print $3 }' | sort -u \
+  >"$scratch/static-symbols"
+[ -s "$scratch/static-symbols" ] || fail "no symbols in the static libraries under $deps"
+
+# A NEEDED library's file, where the device's loader would find its stand-in.
+library_file() {
+  local dir
+  for dir in "$sdk_lib" "$build/bin" "$c_lib"; do
+    [ -e "$dir/$1" ] && { echo "$dir/$1"; return; }
+  done
+}
+
+resolves_own() { # FILE: each import from the libraries it names, none of ours
+  local file=$1 name library path
+  name=${file#"$scratch/root/"}
+  : >"$scratch/defined"
+  for library in $($readelf -d "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
+    path=$(library_file "$library")
+    [ -n "$path" ] || { fail "$name needs $library, found nowhere"; continue; }
+    # name@@V is the default version: it also serves an unversioned import.
+    $nm -D --defined-only "$path" | awk '{ n = $NF; d = n; sub(/@@/, "@", d); print d
+      if (n ~ /@@/) { sub(/@@.*/, "", n); print n } }' >>"$scratch/defined"
+  done
+  sort -u -o "$scratch/defined" "$scratch/defined"
+  $nm -D --undefined-only "$file" | awk '$1 == "U" { print $2 }' | sort -u >"$scratch/imports"
+  local unresolved borrowed exported
+  unresolved=$(comm -23 "$scratch/imports" "$scratch/defined" | tr '\n' ' ')
+  [ -z "$unresolved" ] || fail "$name imports what none of its NEEDED libraries defines: $unresolved"
+  # An import at a version is the C library's by design (glibc-compat binds
+  # libjxl's maths to GLIBC_2.4); the others must not be what we link.
+  borrowed=$(grep -v @ "$scratch/imports" | comm -12 - "$scratch/static-symbols" | tr '\n' ' ')
+  [ -z "$borrowed" ] || fail "$name takes from a shared library what it links statically: $borrowed"
+  exported=$($nm -D --defined-only "$file" | awk '{ print $NF }' \
+    | grep -vxE 'qt_plugin_(instance|query_verification_data)' | tr '\n' ' ') || true
+  [ -z "$exported" ] || fail "$name exports more than Qt's plug-in entry points: $exported"
+  echo "$name: $(wc -l <"$scratch/imports") imports, each from a library it names"
+}
+resolves_own "$app/plugins/libcomicsreader.so"
+for plugin in "$app"/imageformats/*.so; do
+  resolves_own "$plugin"
 done
 
 unrar=$app/unrar
@@ -75,7 +145,7 @@ $readelf -l "$unrar" | grep -q INTERP && fail "the extractor names a program int
 
 doc=$scratch/root/share/doc/tamber-comics
 [ -s "$doc/LICENSE" ] || fail "the package holds no LICENSE"
-for library in zlib libzip libwebp jpeg-xl highway brotli libarchive xz-utils musl \
+for library in zlib libzip libwebp libavif dav1d jpeg-xl highway brotli libarchive xz-utils musl \
   libstdc++ libgcc glibc; do
   # A section's title: the library, then its version or its package, then
   # which binaries hold it.
@@ -88,7 +158,7 @@ done
 cp "$host" "$app/devicehost"
 open_book() { # BOOK WHAT PAGE-SUFFIX: the host lists five pages and decodes the first
   local output
-  output=$(cd "$scratch" && "$app/devicehost" "$1" -qws) \
+  output=$(cd "$scratch" && "$app/devicehost" "$1" -qws 2>&1) \
     || fail "the host could not read $2 through the package: $output"
   echo "$output"
   [ "$(grep -c "^page .*$3\$" <<<"$output")" -eq 5 ] || fail "$2 did not list five pages"
@@ -109,6 +179,17 @@ done
 (cd "$scratch/webp" && zip -q ../webp.cbz ./*.webp)
 open_book "$scratch/webp.cbz" "a WebP comic" '\.webp'
 
+# AVIF pages, of 8 and of 10 bits a sample: dav1d's two kinds of code.
+for depth in 8 10; do
+  mkdir "$scratch/avif$depth"
+  for page in "$scratch"/pages/*.jpg; do
+    avifenc --jobs 1 --speed 10 --depth "$depth" "$page" \
+      "$scratch/avif$depth/$(basename "${page%.jpg}").avif" >/dev/null
+  done
+  (cd "$scratch/avif$depth" && zip -q "../avif$depth.cbz" ./*.avif)
+  open_book "$scratch/avif$depth.cbz" "an AVIF comic of $depth bits" '\.avif'
+done
+
 # JPEG XL pages, the JPEGs recompressed without loss: the JPEG XL plug-in.
 for page in "$scratch"/pages/*.jpg; do
   cjxl --quiet --lossless_jpeg=1 "$page" "$scratch/jxl/$(basename "${page%.jpg}").jxl"
@@ -119,6 +200,62 @@ open_book "$scratch/jxl.cbz" "a JPEG XL comic" '\.jxl'
 # A 7z book named .cbr, LZMA2 as 7-Zip makes them: the extractor's liblzma.
 (cd "$scratch/pages" && 7zz a -bd -t7z -m0=lzma2 ../lzma2.cbr ./*.jpg >/dev/null)
 open_book "$scratch/lzma2.cbr" "a 7z comic of LZMA2" '\.jpg'
+
+# A comic whose pages are deflated, so that the plug-in inflates them.
+python3 - "$scratch/deflated.cbz" "$scratch"/pages/*.jpg <<'PY'
+import os, sys, zipfile
+with zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as book:
+    for page in sys.argv[2:]:
+        book.write(page, os.path.basename(page))
+PY
+
+# QtCore without its zlib: a copy whose zlib symbols are local.
+mkdir "$scratch/no-zlib"
+$nm -g --defined-only "$deps/glibc/lib/libz.a" 2>/dev/null | awk 'NF == 3 { print $3 }' | sort -u \
+  | comm -12 - <($nm -D --defined-only "$sdk_lib/libQtCore.so.4" | awk '{ print $NF }' | sort -u) \
+  >"$scratch/zlib-symbols"
+grep -qx inflate "$scratch/zlib-symbols" || fail "the SDK's QtCore exports no inflate to hide"
+python3 "$(dirname "$0")/hide-symbols.py" "$sdk_lib/libQtCore.so.4" "$scratch/no-zlib/libQtCore.so.4" \
+  "$scratch/zlib-symbols"
+still=$($nm -D --defined-only "$scratch/no-zlib/libQtCore.so.4" | awk '$2 ~ /^[A-Z]$/ { print $3 }' \
+  | sort | comm -12 - "$scratch/zlib-symbols" | tr '\n' ' ')
+[ -z "$still" ] || fail "the copy of QtCore still exports $still"
+# The probe takes inflateEnd from QtCore: it runs on the SDK's and not on the copy.
+printf 'int inflateEnd(void*);\nint main(void) { return inflateEnd(0) == -2 ? 0 : 1; }\n' >"$scratch/probe.c"
+$cc -o "$scratch/probe" "$scratch/probe.c" -L"$sdk_lib" -Wl,-rpath-link,"$sdk_lib" -lQtCore
+"$scratch/probe" || fail "the probe did not take inflateEnd from the SDK's QtCore"
+if LD_LIBRARY_PATH=$scratch/no-zlib:${LD_LIBRARY_PATH:-} "$scratch/probe" 2>/dev/null; then
+  fail "the copy of QtCore still lends inflateEnd"
+fi
+# The host names its libraries with a run path, which LD_LIBRARY_PATH does not
+# override: the copy is preloaded, in the emulated program only.
+mkdir "$scratch/no-zlib-bindings"
+QEMU_SET_ENV=LD_PRELOAD=$scratch/no-zlib/libQtCore.so.4,LD_DEBUG=bindings,LD_DEBUG_OUTPUT=$scratch/no-zlib-bindings/log \
+  open_book "$scratch/deflated.cbz" "a deflated comic under a QtCore without zlib" '\.jpg'
+grep -q "to $scratch/no-zlib/libQtCore.so.4 " "$scratch"/no-zlib-bindings/log.* \
+  || fail "the host did not run on the copy of QtCore"
+
+# The C library's own record of bindings, under the real QtCore: nothing that
+# a packaged object links statically is bound from it to another object.
+mkdir "$scratch/bindings"
+QEMU_SET_ENV=LD_DEBUG=bindings,LD_DEBUG_OUTPUT=$scratch/bindings/log \
+  open_book "$scratch/deflated.cbz" "a deflated comic, its bindings recorded" '\.jpg'
+QEMU_SET_ENV=LD_DEBUG=bindings,LD_DEBUG_OUTPUT=$scratch/bindings/log \
+  open_book "$scratch/avif8.cbz" "an AVIF comic, its bindings recorded" '\.avif'
+# "PID: binding file FROM [0] to TO [0]: normal symbol `NAME' [VERSION]";
+# symbols at a version are the C library's.
+cat "$scratch"/bindings/log.* | awk -v app="$app/" '$2 == "binding" && $3 == "file" && NF == 11 {
+    symbol = $11; gsub(/[`'"'"']/, "", symbol)
+    if (index($4, app) == 1 && $4 != $7) print symbol
+  }' | sort -u >"$scratch/bound"
+[ -s "$scratch/bound" ] || fail "no bindings from the package were recorded"
+# Weak imports may be met by anyone (libstdc++'s __cxa_pure_virtual, called
+# only by a faulty program, is one).
+$nm -D --undefined-only "$app"/plugins/*.so "$app"/imageformats/*.so | awk '$1 == "w" { print $2 }' \
+  | sort -u >"$scratch/weak"
+bound=$(comm -12 "$scratch/bound" "$scratch/static-symbols" | comm -23 - "$scratch/weak" | tr '\n' ' ')
+[ -z "$bound" ] || fail "bound from the package to another object: $bound"
+echo "bindings: $(wc -l <"$scratch/bound") symbols bound from the package to other objects, none of a static library"
 
 skipped=""
 if [ -n "$samples" ] && [ -f "$samples/Captain Science #001-cbi.cbr" ]; then
