@@ -61,12 +61,10 @@ static bool seen_before(struct entry_cache* cache, uint64_t hash)
     return false;
 }
 
-/* Tells the run that started the filler about an entry; a run that has
- * gone is no longer told. */
-static void notify(struct entry_cache* cache, uint64_t hash, bool kept)
+/* Tells the run that started the filler that an entry was passed, kept or
+ * not; a run that has gone is no longer told. */
+static void notify(struct entry_cache* cache, uint64_t hash)
 {
-    if (cache->notify < 0)
-        return;
     if (hash == cache->awaited) {
         cache->awaited = 0;
         /* Its run has its entry: the rest goes below the reader's own work,
@@ -76,10 +74,7 @@ static void notify(struct entry_cache* cache, uint64_t hash, bool kept)
             /* Not allowed: the filler keeps the reader's priority. */
         }
     }
-    unsigned char message[9];
-    memcpy(message, &hash, 8);
-    message[8] = kept;
-    if (write(cache->notify, message, sizeof message) != (ssize_t)sizeof message
+    if (cache->notify >= 0 && write(cache->notify, &hash, sizeof hash) != (ssize_t)sizeof hash
         && errno != EAGAIN) {
         close(cache->notify);
         cache->notify = -1;
@@ -182,7 +177,7 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
     if (stat(path, &status) == 0 && (uint64_t)status.st_size >= sizeof(struct entry_header)) {
         if (hash != cache->awaited)
             remember_behind(cache, hash, (uint64_t)status.st_size);
-        notify(cache, hash, true);
+        notify(cache, hash);
         return entry_keep_have;
     }
     const uint64_t expected = size < 0 ? 0 : (uint64_t)size;
@@ -194,7 +189,7 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
             : !cache->stopped && cache->usage + expected > cache->settings.limit)
         make_room(cache, expected);
     if (cache->stopped || expected > entry_limit || expected > cache->settings.limit) {
-        notify(cache, hash, false);
+        notify(cache, hash);
         return entry_keep_skip;
     }
     snprintf(cache->temporary, sizeof cache->temporary, "%s/t-%ld-%016" PRIx64, cache->folder,
@@ -211,7 +206,7 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
         cache->out = -1;
         /* A folder that takes no files keeps nothing. */
         cache->stopped = true;
-        notify(cache, hash, false);
+        notify(cache, hash);
         return entry_keep_skip;
     }
     cache->name_hash = hash;
@@ -284,7 +279,7 @@ void entry_cache_end(struct entry_cache* cache, bool complete)
         unlink(cache->temporary);
         complete = false;
     }
-    notify(cache, cache->name_hash, complete);
+    notify(cache, cache->name_hash);
 }
 
 bool entry_cache_stopped(const struct entry_cache* cache)

@@ -91,28 +91,26 @@ static enum claim claim(struct entry_cache* cache)
     return claim_taken;
 }
 
-/* Waits for the filler this run started to reach wanted: true when it kept
- * it, false when it passed it without keeping it or ended. */
-static bool wait_for_filler(int from, uint64_t wanted)
+/* Waits until the filler this run started has passed wanted, kept or not,
+ * or has ended. */
+static void wait_for_filler(int from, uint64_t wanted)
 {
-    unsigned char buffer[9 * 512];
-    size_t held = 0;
+    uint64_t buffer[512];
+    size_t held = 0; /* bytes of a hash read in part */
     for (;;) {
-        const ssize_t count = read(from, buffer + held, sizeof buffer - held);
+        const ssize_t count = read(from, (char*)buffer + held, sizeof buffer - held);
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
-            return false;
+            return;
         held += (size_t)count;
-        size_t used = 0;
-        for (; held - used >= 9; used += 9) {
-            uint64_t hash;
-            memcpy(&hash, buffer + used, 8);
-            if (hash == wanted)
-                return buffer[used + 8] != 0;
+        for (size_t i = 0; i < held / sizeof *buffer; ++i) {
+            if (buffer[i] == wanted)
+                return;
         }
-        memmove(buffer, buffer + used, held - used);
-        held -= used;
+        const size_t whole = held / sizeof *buffer * sizeof *buffer;
+        memmove(buffer, (char*)buffer + whole, held - whole);
+        held -= whole;
     }
 }
 
@@ -152,11 +150,10 @@ static bool fill_and_print(struct entry_cache* cache, const char* wanted, FILE* 
         close(pipe_fds[0]);
         return false;
     }
-    const bool kept = wait_for_filler(pipe_fds[0], name_hash(wanted));
+    wait_for_filler(pipe_fds[0], name_hash(wanted));
     close(pipe_fds[0]);
-    /* Kept or not, what is there is served; a name the filler did not keep
-     * (damaged, missing, too large) is extracted as without a cache. */
-    (void)kept;
+    /* What is there is served; a name the filler did not keep (damaged,
+     * missing, too large) is extracted as without a cache. */
     return finish(serve(cache, wanted, out), status);
 }
 
