@@ -202,7 +202,7 @@ void withoutCache(benchmark::State& state)
         }
         state.SetIterationTime(total);
     }
-    qunsetenv("TAMBER_UNRAR_CACHE_LIMIT");
+    ::unsetenv("TAMBER_UNRAR_CACHE_LIMIT");
     reportPages(state, pages, { 0, 1, 2 });
 }
 
@@ -226,7 +226,7 @@ void withCache(benchmark::State& state)
             total += pages.at(index).ours().last();
         }
         waitForFillers(cache.path());
-        qunsetenv("TAMBER_UNRAR_CACHE_DIR");
+        ::unsetenv("TAMBER_UNRAR_CACHE_DIR");
         state.SetIterationTime(total);
     }
     const int last = book.pages.size() - 1;
