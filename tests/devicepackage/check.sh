@@ -124,9 +124,10 @@ resolves_own() { # FILE: each import from the libraries it names, none of ours
   local unresolved borrowed exported
   unresolved=$(comm -23 "$scratch/imports" "$scratch/defined" | tr '\n' ' ')
   [ -z "$unresolved" ] || fail "$name imports what none of its NEEDED libraries defines: $unresolved"
-  # An import at a version is the C library's by design (glibc-compat binds
-  # libjxl's maths to GLIBC_2.4); the others must not be what we link.
-  borrowed=$(grep -v @ "$scratch/imports" | comm -12 - "$scratch/static-symbols" | tr '\n' ' ')
+  # An import at a GLIBC_ version is the C library's by design (glibc-compat
+  # binds libjxl's maths to GLIBC_2.4); the others must not be what we link.
+  borrowed=$(grep -v '@GLIBC_' "$scratch/imports" | sed 's/@.*//' | sort -u \
+    | comm -12 - "$scratch/static-symbols" | tr '\n' ' ')
   [ -z "$borrowed" ] || fail "$name takes from a shared library what it links statically: $borrowed"
   exported=$($nm -D --defined-only "$file" | awk '{ print $NF }' \
     | grep -vxE 'qt_plugin_(instance|query_verification_data)' | tr '\n' ' ') || true
@@ -243,8 +244,8 @@ QEMU_SET_ENV=LD_DEBUG=bindings,LD_DEBUG_OUTPUT=$scratch/bindings/log \
 QEMU_SET_ENV=LD_DEBUG=bindings,LD_DEBUG_OUTPUT=$scratch/bindings/log \
   open_book "$scratch/avif8.cbz" "an AVIF comic, its bindings recorded" '\.avif'
 # "PID: binding file FROM [0] to TO [0]: normal symbol `NAME' [VERSION]";
-# symbols at a version are the C library's.
-cat "$scratch"/bindings/log.* | awk -v app="$app/" '$2 == "binding" && $3 == "file" && NF == 11 {
+# symbols at a GLIBC_ version are the C library's.
+cat "$scratch"/bindings/log.* | awk -v app="$app/" '$2 == "binding" && $3 == "file" && $12 !~ /GLIBC_/ {
     symbol = $11; gsub(/[`'"'"']/, "", symbol)
     if (index($4, app) == 1 && $4 != $7) print symbol
   }' | sort -u >"$scratch/bound"
