@@ -3,6 +3,7 @@
 #define JXLHANDLER_H
 
 #include "ImageFormatSupport.h"
+#include "JxlBudgetRunner.h"
 
 #include <jxl/codestream_header.h>
 
@@ -11,10 +12,12 @@ struct JxlDecoderStruct;
 // Reads one JPEG XL image, bare codestream or container, or the first frame
 // of an animation, decoded by libjxl: 8-bit output of any bit depth, alpha
 // kept, the image's orientation applied by libjxl, lossy images in sRGB. The
-// size comes from the header without decoding. libjxl holds the whole image
+// size comes from the header without decoding. libjxl decodes the whole image
 // whatever it outputs, so the handler offers no scaled size: an oversized page
-// is refused rather than decoded whole. Colour profiles are ignored, as Qt 4
-// has no colour management.
+// is refused rather than decoded whole; so is one that libjxl would take more
+// memory for than memoryLimit, from the header where it can tell and otherwise
+// while decoding. Colour profiles are ignored, as Qt 4 has no colour
+// management.
 class JxlHandler : public ImageFormatSupport::MemoryFileHandler
 {
 public:
@@ -34,12 +37,16 @@ private:
     // After the image's orientation.
     QSize displaySize() const override;
     bool hasAlpha() const override;
-    // What decoding takes, in bytes: libjxl's planes and the output.
+    // The least that decoding takes, in bytes, as far as the header tells: the
+    // file, libjxl's buffers and the output.
     qint64 decodingBytes() const;
     bool decode(QImage* image);
 
     mutable JxlDecoderStruct* decoder;
     mutable JxlBasicInfo info;
+    mutable qint64 fileBytes;
+    // Runs libjxl's work and stops it past memoryLimit.
+    mutable JxlBudgetRunner runner;
 };
 
 #endif
