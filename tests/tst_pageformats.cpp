@@ -8,6 +8,7 @@
 
 #include "ComicZipArchive.h"
 #include "ComicsReaderParser.h"
+#include "ImageFormatSupport.h"
 #include "NullArchive.h"
 #include "TestSupport.h"
 
@@ -57,6 +58,26 @@ const bool hasAvif = true;
 const bool hasAvif = false;
 #endif
 
+// Linux's count of the process's resident memory in MiB: field "VmRSS" now,
+// "VmHWM" its peak since resetResidentPeak(); -1 where not counted.
+int residentMb(const QByteArray& field)
+{
+    QFile status("/proc/self/status");
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    foreach (const QByteArray& line, status.readAll().split('\n')) {
+        if (line.startsWith(field + ':'))
+            return int(line.mid(field.size() + 1).trimmed().split(' ').first().toLongLong() >> 10);
+    }
+    return -1;
+}
+
+bool resetResidentPeak()
+{
+    QFile clear("/proc/self/clear_refs");
+    return clear.open(QIODevice::WriteOnly) && clear.write("5") == 1 && clear.flush();
+}
+
 // bytes with the bytes from at on replaced by with.
 QByteArray patched(QByteArray bytes, int at, const QByteArray& with)
 {
@@ -78,6 +99,8 @@ private slots:
     void comicImportsInPageOrder();
     void largePage_data();
     void largePage();
+    void memoryBudget_data();
+    void memoryBudget();
     void badInput_data();
     void badInput();
 
@@ -379,6 +402,53 @@ void TestPageFormats::largePage()
     QCOMPARE(log.lines(), QStringList(TestSupport::debugLine(line)));
     if (!image.isNull())
         QVERIFY(qAbs(qRed(image.pixel(1870, 1870)) - 200) <= 3);
+}
+
+void TestPageFormats::memoryBudget_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QImage>("expected"); // null: refused
+    QTest::addColumn<int>("mostGrowth"); // of the resident memory while reading, in MiB
+
+    // Pages within the pixel budget. libjxl writes a lossless image into the
+    // output group by group; with alpha, squeezed or lossy modular it keeps
+    // whole planes, which the header does not tell.
+    const int limit = int(ImageFormatSupport::memoryLimit >> 20), unread = 16, stopped = limit + 32;
+    const QImage page = TestSupport::drawing(4000, 4000);
+    const QImage clear = TestSupport::translucent(3000, 4500);
+    const QString pagePng = file(page);
+    QTest::newRow("JPEG XL lossless 4000 x 4000 opens")
+        << jxl(pagePng, { "-d", "0", "-e", "1" }) << page << limit;
+    QTest::newRow("JPEG XL lossless 3000 x 4500 with alpha opens")
+        << jxl(file(clear), { "-d", "0", "-e", "1" }) << clear << limit;
+    QTest::newRow("JPEG XL lossy 3000 x 4500 with alpha is refused unread")
+        << jxl(file(clear), { "-d", "1", "-e", "3" }) << QImage() << unread;
+    QTest::newRow("JPEG XL progressive lossless 4000 x 4000 is stopped at the limit")
+        << jxl(pagePng, { "-d", "0", "-p", "-e", "1" }) << QImage() << stopped;
+}
+
+void TestPageFormats::memoryBudget()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QImage, expected);
+    QFETCH(int, mostGrowth);
+
+    QVERIFY(!bytes.isEmpty());
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    const bool counted = resetResidentPeak();
+    const int before = residentMb("VmRSS");
+    const QImage image = reader.read();
+    const int growth = residentMb("VmHWM") - before;
+    QCOMPARE(image.isNull(), expected.isNull());
+    if (!image.isNull())
+        QCOMPARE(TestSupport::meanDifference(image, expected), 0.0);
+    if (!counted || before < 0)
+        QSKIP("Linux's peak resident size cannot be reset here");
+    qDebug("grew by %d MiB", growth);
+    QVERIFY2(growth <= mostGrowth,
+        qPrintable(QString("grew by %1 MiB, more than %2").arg(growth).arg(mostGrowth)));
 }
 
 void TestPageFormats::badInput_data()
