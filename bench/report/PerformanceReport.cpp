@@ -200,6 +200,102 @@ PerformanceReport::Cell bigPagePeaks(const QJsonObject& result)
     return cell;
 }
 
+// bench_solid's pages: 1, the middle one and the last, by their counters'
+// slots.
+const char* const solidSlots[] = { "p1", "pmid", "plast" };
+
+QStringList solidPageNames(const QJsonObject& result)
+{
+    const int pages = int(counter(result, "pages"));
+    return { QStringLiteral("page 1"), QStringLiteral("page %1").arg((pages - 1) / 2 + 1),
+        QStringLiteral("page %1").arg(pages) };
+}
+
+// Each slot's figure with the unit, from the counter named slot + suffix.
+QStringList solidFigures(
+    const QJsonObject& result, const QString& suffix, const std::function<QString(double)>& format)
+{
+    QStringList figures;
+    for (const char* slot : solidSlots)
+        figures << format(result.value(QLatin1String(slot) + suffix).toDouble());
+    return figures;
+}
+
+// The solid book's pages against the same pages of the ZIP, in time.
+PerformanceReport::Cell solidPages(const QJsonObject& result)
+{
+    PerformanceReport::Cell cell;
+    if (failed(result, &cell))
+        return cell;
+    const QStringList names = solidPageNames(result);
+    const QStringList ours = solidFigures(result, QStringLiteral("_ms"), milliseconds);
+    for (int i = 0; i < names.size(); ++i)
+        cell.ours += (i ? QStringLiteral(", ") : QString()) + names.at(i) + ' ' + ours.at(i);
+    cell.reference = QStringLiteral("ZIP ")
+        + solidFigures(result, QStringLiteral("_zip_ms"), milliseconds).join(QStringLiteral(", "));
+    cell.ratio = solidFigures(result, QStringLiteral("_ratio"), times).join(QStringLiteral(", "));
+    cell.verdict = QStringLiteral("reported");
+    return cell;
+}
+
+// After the first page, no page of the solid book may cost more than 1.5
+// times the same page from the ZIP.
+const double solidGoal = 1.5;
+
+PerformanceReport::Cell solidAfterFirstPage(const QJsonObject& result)
+{
+    PerformanceReport::Cell cell;
+    if (failed(result, &cell))
+        return cell;
+    const double worst = counter(result, "worst_ratio_after_p1");
+    cell.ours = QStringLiteral("worst page %1; 95th percentile %2, median %3")
+                    .arg(counter(result, "worst_page"))
+                    .arg(times(counter(result, "p95_ratio_after_p1")),
+                        times(counter(result, "median_ratio_after_p1")));
+    cell.reference = QStringLiteral("the same page from the ZIP");
+    cell.ratio = times(worst);
+    cell.verdict = verdict(worst, solidGoal);
+    return cell;
+}
+
+// Millions of instructions, for figures that differ a thousandfold.
+QString megaInstructions(double count)
+{
+    return figure(count / 1e6) + QStringLiteral(" M");
+}
+
+// The solid book's page turns on ARM, without the extractor's cache
+// ("before") or from it ("after"), against the ZIP's, in instructions; the
+// pages after the first from the cache are judged.
+CellFiller armSolidPages(const QString& kind)
+{
+    return [kind](const QJsonObject& result) {
+        PerformanceReport::Cell cell;
+        if (result.isEmpty()) {
+            cell.verdict = QStringLiteral("not counted: the device's Qt only");
+            return cell;
+        }
+        if (result.value(QStringLiteral("error_occurred")).toBool()) {
+            cell.verdict = result.value(QStringLiteral("error_message")).toString();
+            return cell;
+        }
+        const QStringList names = solidPageNames(result);
+        const QStringList ours = solidFigures(result, QLatin1Char('_') + kind, megaInstructions);
+        for (int i = 0; i < names.size(); ++i)
+            cell.ours += (i ? QStringLiteral(", ") : QString()) + names.at(i) + ' ' + ours.at(i);
+        cell.ours += QStringLiteral(" instructions");
+        cell.reference = QStringLiteral("ZIP ")
+            + solidFigures(result, QStringLiteral("_zip"), megaInstructions)
+                  .join(QStringLiteral(", "));
+        cell.ratio = solidFigures(result, QLatin1Char('_') + kind + QStringLiteral("_ratio"), times)
+                         .join(QStringLiteral(", "));
+        cell.verdict = kind == QLatin1String("after")
+            ? verdict(counter(result, "worst_ratio_after_p1"), solidGoal)
+            : QStringLiteral("reported");
+        return cell;
+    };
+}
+
 const double pageTurnGoal = 1.05;
 
 PerformanceReport::Cell armInstructions(const QJsonObject& result)
@@ -310,6 +406,27 @@ QList<RowSpec> rowSpecs()
         { QStringLiteral("a page through the RAR extractor (shared RAR 5 sample) vs the same page "
                          "from the ZIP sample"),
             QStringLiteral("report"), QStringLiteral("archive/rar_page"), timed(0), Timed },
+        { QStringLiteral("a 300-page solid 7z comic (LZMA2, one block; pages of the comic's "
+                         "size as JPEG, page 1 within 200 KB) through the extractor without its "
+                         "cache, every page decompressing those before it: pages 1, 150 and "
+                         "300 vs the same pages of the book as ZIP"),
+            QStringLiteral("report"), QStringLiteral("solid/without_cache"), solidPages, Timed },
+        { QStringLiteral("the same book read from the first page to the last with the "
+                         "extractor's cache, empty at page 1"),
+            QStringLiteral("report"), QStringLiteral("solid/with_cache"), solidPages, Timed },
+        { QStringLiteral("the same reading: every page after the first vs the same page from "
+                         "the ZIP, the worst, the 95th percentile and the median ratio"),
+            QStringLiteral("≤ 1.5 ×"), QStringLiteral("solid/with_cache"), solidAfterFirstPage,
+            Timed },
+        { QStringLiteral("the solid book on the device's ARM (under `qemu-arm`) without the "
+                         "extractor's cache: instructions of a page turn, the extractor's run "
+                         "and the decode, vs the ZIP's page read in the process"),
+            QStringLiteral("report"), QStringLiteral("arm/solid_page_instructions"),
+            armSolidPages(QStringLiteral("before")), Counted },
+        { QStringLiteral("the same from the extractor's cache, once filled: pages after the "
+                         "first vs the ZIP's"),
+            QStringLiteral("≤ 1.5 ×"), QStringLiteral("arm/solid_page_instructions"),
+            armSolidPages(QStringLiteral("after")), Counted },
         { QStringLiteral("a lossy WebP page of the comic's size: `QImageReader` with our image "
                          "plug-in vs the decode time `dwebp -v` reports"),
             QStringLiteral("≤ 1.1 ×"), QStringLiteral("webp/decode_page"), timed(1.1), Timed },
