@@ -65,7 +65,7 @@ int residentMb(const QByteArray& field)
     QFile status("/proc/self/status");
     if (!status.open(QIODevice::ReadOnly))
         return -1;
-    foreach (const QByteArray& line, status.readAll().split('\n')) {
+    for (const QByteArray& line : status.readAll().split('\n')) {
         if (line.startsWith(field + ':'))
             return int(line.mid(field.size() + 1).trimmed().split(' ').first().toLongLong() >> 10);
     }
@@ -410,9 +410,9 @@ void TestPageFormats::memoryBudget_data()
     QTest::addColumn<QImage>("expected"); // null: refused
     QTest::addColumn<int>("mostGrowth"); // of the resident memory while reading, in MiB
 
-    // Pages within the pixel budget. libjxl writes a lossless image into the
-    // output group by group; with alpha, squeezed or lossy modular it keeps
-    // whole planes, which the header does not tell.
+    // Pages within the pixel budget. libjxl writes a lossless page into the
+    // output group by group; it keeps whole planes of a lossy page with alpha,
+    // which the header tells, and of a squeezed one, which it does not.
     const int limit = int(ImageFormatSupport::memoryLimit >> 20), unread = 16, stopped = limit + 32;
     const QImage page = TestSupport::drawing(4000, 4000);
     const QImage clear = TestSupport::translucent(3000, 4500);
