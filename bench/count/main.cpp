@@ -8,6 +8,7 @@
 //   bench-count --workload=DIR --work=setup|turn|steps [--pages=N]
 //   bench-count --workload=DIR --work=source --out=DIR
 //   bench-count --work=load|decode --image=FILE [--pages=N]
+//   bench-count --work=book --book=FILE [--page=N]
 //
 // Setup: the comic imported, a view of the screen's size opened on page 1
 // and painted, and the comic opened for the steps, page 1 shown by them
@@ -18,12 +19,21 @@
 // (page.png), from which the script makes the same page in other formats.
 // Load reads FILE into memory; decode then decodes it N times through
 // QImageReader, the format named by FILE's suffix.
+//
+// Book lists FILE's pages as the parser does, and with --page=N (from 1)
+// reads and decodes the Nth page by name, as a page turn does: through the
+// extractor for any book but a ZIP, which is read in-process. Without
+// --page it only lists, which is what the count of a page has beside it.
 
 #include "BaselineSteps.h"
 #include "BenchEnvironment.h"
 #include "BenchLibrary.h"
+#include "ComicPageNames.h"
+#include "ComicZipArchive.h"
 #include "ComicsReader.h"
+#include "ComicsReaderParser.h"
 #include "QtCompat.h"
+#include "RarArchive.h"
 #include "ReaderWindow.h"
 #include "Workload.h"
 
@@ -34,7 +44,9 @@
 #include <QImageReader>
 #include <QStringList>
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -95,6 +107,34 @@ int writeSource(const Workload& workload, const QString& dir)
     return 0;
 }
 
+// Lists the book, and reads page (from 1) when given.
+int readBook(const QString& path, int page)
+{
+    std::unique_ptr<ComicArchive> book;
+    if (path.endsWith(QLatin1String(".cbz"), Qt::CaseInsensitive))
+        book.reset(new ComicZipArchive(path));
+    else
+        book.reset(new RarArchive(path));
+    // The pages in reading order, as the parser takes them.
+    QStringList names;
+    for (const QString& name : book->files()) {
+        if (ComicsReaderParser::isSupportedImage(name))
+            names << name;
+    }
+    names.removeDuplicates();
+    std::stable_sort(names.begin(), names.end(), pageNameLessThan);
+    if (names.isEmpty() || page > names.size()) {
+        std::fprintf(stderr, "bench-count: %s has %d pages\n", qPrintable(path), int(names.size()));
+        return 2;
+    }
+    if (page > 0 && book->data(names.at(page - 1)).isNull()) {
+        std::fprintf(stderr, "bench-count: page %d of %s did not decode\n", page, qPrintable(path));
+        return 1;
+    }
+    std::printf("book %d of %d\n", page, int(names.size()));
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -109,6 +149,9 @@ int main(int argc, char** argv)
     if (work == QLatin1String("load") || work == QLatin1String("decode"))
         return decodeImage(
             option(arguments, QStringLiteral("image")), work == QLatin1String("decode"), pages);
+    if (work == QLatin1String("book"))
+        return readBook(option(arguments, QStringLiteral("book")),
+            option(arguments, QStringLiteral("page")).toInt());
     Workload workload;
     QString error;
     if (!Workload::load(option(arguments, QStringLiteral("workload")), &workload, &error)) {
@@ -119,7 +162,7 @@ int main(int argc, char** argv)
         return writeSource(workload, option(arguments, QStringLiteral("out")));
     if (work != QLatin1String("setup") && work != QLatin1String("turn")
         && work != QLatin1String("steps")) {
-        std::fprintf(stderr, "bench-count: --work=setup|turn|steps|source|load|decode\n");
+        std::fprintf(stderr, "bench-count: --work=setup|turn|steps|source|load|decode|book\n");
         return 2;
     }
     if (pages >= workload.comicPages) {
