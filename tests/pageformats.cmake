@@ -5,6 +5,3 @@
 tamber_add_test(tst_pageformats tst_pageformats.cpp LABELS archive)
 # The image plug-ins' memory limit, which the JPEG XL budget's rows are held to.
 target_include_directories(tst_pageformats PRIVATE ${PROJECT_SOURCE_DIR}/imageformats)
-if(TARGET qavif)
-  target_compile_definitions(tst_pageformats PRIVATE TAMBER_HAS_AVIF)
-endif()
