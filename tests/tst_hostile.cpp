@@ -384,9 +384,6 @@ void TestHostile::bigPageCostsNoMoreThanABudgetPage()
     QFETCH(int, orientation);
     QFETCH(bool, shown);
 
-#ifdef TAMBER_ASAN
-    QSKIP("the sanitizer's shadow and quarantine make peaks incomparable");
-#endif
     if (book.isEmpty())
         QSKIP("no cjpeg (Debian's libjpeg-turbo-progs) to make the JPEG pages with");
     const QString key = QStringLiteral("%1/%2").arg(zoom).arg(orientation);
@@ -408,10 +405,14 @@ void TestHostile::bigPageCostsNoMoreThanABudgetPage()
     const qint64 peak = renderPeak(book, zoom, orientation, &pageShown);
     QVERIFY2(peak > 0, "tamber render did not end by itself");
     qDebug("peak %lld MB against %lld MB for a page of the budget", peak >> 10, budget >> 10);
+#ifndef TAMBER_ASAN
+    // The sanitizer's shadow and quarantine make peaks incomparable; there
+    // the pages are only shown or refused.
     QVERIFY2(peak <= budget * 115 / 100,
         qPrintable(QStringLiteral("peak %1 MB, more than the budget page's %2 MB plus 15 %")
                        .arg(peak >> 10)
                        .arg(budget >> 10)));
+#endif
     QCOMPARE(pageShown, shown);
 }
 

@@ -382,7 +382,7 @@ void TestUnrarCache::killedFillerLeavesNothingServed()
     // inside it, where it is killed.
     QByteArray large;
     for (int i = 0; large.size() < (48 << 20); ++i)
-        large += QByteArray::number(i * 7919 % 100003) + (i % 13 ? " " : "\n");
+        large += QByteArray::number(qint64(i) * 7919 % 100003) + (i % 13 ? " " : "\n");
     pages.insert(2, qMakePair(QStringLiteral("p001b.jpg"), large));
     QVERIFY(pack(book, pages, "solid"));
 
