@@ -23,8 +23,10 @@
 #  - unpacks it into a scratch root and runs DEVICEHOST, a miniature host,
 #    from the unpacked application folder: it loads the unpacked plug-in with
 #    Qt's own loader and opens a comic of WebP pages made here, which Qt reads
-#    through the unpacked image plug-in, the same in JPEG XL, a 7z comic of
-#    LZMA2 named .cbr, whose pages come from the unpacked extractor beside it,
+#    through the unpacked image plug-in, JPEG XL comics on an emulated
+#    Cortex-A7 (highway's NEON code) and Cortex-A9 (its portable code), whose
+#    pages must agree, a 7z comic of LZMA2 named .cbr, whose pages come from
+#    the unpacked extractor beside it,
 #    and the shared RAR sample in SAMPLES (nothing here can write a RAR).
 #    AVIF comics of 8 and 10 bits a sample go through the AVIF plug-in.
 #  - loads the plug-in with a copy of the SDK's QtCore whose zlib symbols are
@@ -157,9 +159,9 @@ done
 
 # The miniature host in the unpacked application folder, as the device's is.
 cp "$host" "$app/devicehost"
-open_book() { # BOOK WHAT PAGE-SUFFIX: the host lists five pages and decodes the first
+open_book() { # BOOK WHAT PAGE-SUFFIX [COVER]: the host lists five pages and decodes the first (into COVER)
   local output
-  output=$(cd "$scratch" && "$app/devicehost" "$1" -qws 2>&1) \
+  output=$(cd "$scratch" && "$app/devicehost" "$1" ${4:+"$4"} -qws 2>&1) \
     || fail "the host could not read $2 through the package: $output"
   echo "$output"
   [ "$(grep -c "^page .*$3\$" <<<"$output")" -eq 5 ] || fail "$2 did not list five pages"
@@ -167,7 +169,7 @@ open_book() { # BOOK WHAT PAGE-SUFFIX: the host lists five pages and decodes the
 }
 
 # Five pages of netpbm's patterns, a few hundred pixels each.
-mkdir "$scratch/pages" "$scratch/webp" "$scratch/jxl"
+mkdir "$scratch/pages" "$scratch/webp"
 n=0
 for pattern in gingham2 madras tartan poles camo; do
   n=$((n + 1))
@@ -191,12 +193,50 @@ for depth in 8 10; do
   open_book "$scratch/avif$depth.cbz" "an AVIF comic of $depth bits" '\.avif'
 done
 
-# JPEG XL pages, the JPEGs recompressed without loss: the JPEG XL plug-in.
+# JPEG XL pages through the JPEG XL plug-in, on a core with NEON and VFPv4
+# (Cortex-A7), where highway runs its NEON code, and on one without VFPv4
+# (Cortex-A9), where it runs its portable code: the JPEGs recompressed without
+# loss, lossless pages, and lossy ones (-d 1, through libjxl's smoothing
+# filters). Both cores give a lossless page the same pixels; a lossy one
+# differs by rounding (NEON fuses multiply-adds and flushes denormals), which
+# stays far above 45 dB of PSNR, where a wrong lane or comparison does not.
+mkdir "$scratch/jxl-jpeg" "$scratch/jxl-lossless" "$scratch/jxl-lossy"
+# The lossy comic's first page, the one decoded, is larger and made from a
+# fixed seed, so that the cores' rounding differs somewhere on it on every run.
+ppmpat -randomseed=29 -camo 1200 1600 | pnmtojpeg -quality=95 >"$scratch/camo.jpg"
 for page in "$scratch"/pages/*.jpg; do
-  cjxl --quiet --lossless_jpeg=1 "$page" "$scratch/jxl/$(basename "${page%.jpg}").jxl"
+  name=$(basename "${page%.jpg}").jxl
+  cjxl --quiet --lossless_jpeg=1 "$page" "$scratch/jxl-jpeg/$name"
+  cjxl --quiet --lossless_jpeg=0 -d 0 "$page" "$scratch/jxl-lossless/$name"
+  lossy=$page
+  [ "$name" != page1.jxl ] || lossy=$scratch/camo.jpg
+  cjxl --quiet --lossless_jpeg=0 -d 1 "$lossy" "$scratch/jxl-lossy/$name"
 done
-(cd "$scratch/jxl" && zip -q ../jxl.cbz ./*.jxl)
-open_book "$scratch/jxl.cbz" "a JPEG XL comic" '\.jxl'
+for kind in jpeg lossless lossy; do
+  (cd "$scratch/jxl-$kind" && zip -q "../jxl-$kind.cbz" ./*.jxl)
+  for core in cortex-a7 cortex-a9; do
+    QEMU_CPU=$core open_book "$scratch/jxl-$kind.cbz" "a JPEG XL comic ($kind) on a $core" '\.jxl' \
+      "$scratch/jxl-$kind-$core.png"
+  done
+  a7=$scratch/jxl-$kind-cortex-a7.png a9=$scratch/jxl-$kind-cortex-a9.png
+  [ -s "$a7" ] && [ -s "$a9" ] || continue
+  if [ "$kind" = lossless ]; then
+    cmp -s <(pngtopnm "$a7") <(pngtopnm "$a9") \
+      || fail "the lossless JPEG XL page decodes to other pixels on a Cortex-A7 than on a Cortex-A9"
+  else
+    # Luma and chroma, in dB; "inf" where they are the same.
+    psnr=$(pnmpsnr -machine <(pngtopnm "$a7") <(pngtopnm "$a9") 2>/dev/null)
+    echo "JPEG XL ($kind), Cortex-A7 against Cortex-A9: PSNR $psnr dB"
+    awk -v psnr="$psnr" 'BEGIN { n = split(psnr, v, " "); if (n == 0) exit 1
+      for (i = 1; i <= n; ++i) if (v[i] != "inf" && v[i] + 0 < 45) exit 1 }' \
+      || fail "the $kind JPEG XL page on a Cortex-A7 is far from the Cortex-A9's: PSNR $psnr dB"
+    # The lossy page's filters round differently in NEON (some pixels of the
+    # camouflage page differ by one): the same pixels on both cores mean that
+    # the Cortex-A7 ran the portable code too.
+    [ "$kind" != lossy ] || [ "$psnr" != "inf inf inf" ] \
+      || fail "the lossy JPEG XL page decodes alike on both cores: highway's NEON code did not run"
+  fi
+done
 
 # A 7z book named .cbr, LZMA2 as 7-Zip makes them: the extractor's liblzma.
 (cd "$scratch/pages" && 7zz a -bd -t7z -m0=lzma2 ../lzma2.cbr ./*.jpg >/dev/null)

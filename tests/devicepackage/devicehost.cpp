@@ -2,10 +2,11 @@
 // The device's reading application in miniature, for the installed package:
 // it loads the comics plug-in from the plugins folder beside itself with Qt's
 // own loader, as the host does, parses one book and decodes its cover through
-// the interfaces alone. Prints the pages and the cover's size; exit status 0
-// when the book has pages and its cover decodes.
+// the interfaces alone. Prints the pages and the cover's size, and writes the
+// cover as PNG to COVER when given; exit status 0 when the book has pages and
+// its cover decodes.
 //
-//   devicehost BOOK -qws
+//   devicehost BOOK [COVER] -qws
 
 #include "ParserInterface.h"
 #include "PluginInterface.h"
@@ -36,8 +37,8 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QTextStream out(stdout);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 2) {
-        out << "usage: devicehost BOOK -qws\n";
+    if (arguments.size() != 2 && arguments.size() != 3) {
+        out << "usage: devicehost BOOK [COVER] -qws\n";
         return 2;
     }
 
@@ -62,6 +63,10 @@ int main(int argc, char* argv[])
     if (book.volumes.size() == 1)
         parser->parseCoverImage(book.volumes.first());
     out << "cover " << book.cover.width() << "x" << book.cover.height() << "\n";
+    if (arguments.size() == 3 && !book.cover.isNull() && !book.cover.save(arguments.at(2), "PNG")) {
+        out << "cover not written to " << arguments.at(2) << "\n";
+        return 1;
+    }
     delete parser;
     return book.pages.isEmpty() || book.cover.isNull() ? 1 : 0;
 }
