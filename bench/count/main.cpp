@@ -8,7 +8,7 @@
 //   bench-count --workload=DIR --work=setup|turn|steps [--pages=N]
 //   bench-count --workload=DIR --work=source --out=DIR
 //   bench-count --work=load|decode --image=FILE [--pages=N]
-//   bench-count --work=book --book=FILE [--page=N]
+//   bench-count --work=book --book=FILE [--page=N [--reads=K]]
 //
 // Setup: the comic imported, a view of the screen's size opened on page 1
 // and painted, and the comic opened for the steps, page 1 shown by them
@@ -21,9 +21,10 @@
 // QImageReader, the format named by FILE's suffix.
 //
 // Book lists FILE's pages as the parser does, and with --page=N (from 1)
-// reads and decodes the Nth page by name, as a page turn does: through the
-// extractor for any book but a ZIP, which is read in-process. Without
-// --page it only lists, which is what the count of a page has beside it.
+// reads and decodes the Nth page by name K times (once unless given), as a
+// page turn does: through the extractor for any book but a ZIP, which is
+// read in-process. A run that reads the page once more than another counts
+// one page turn after the same start.
 
 #include "BaselineSteps.h"
 #include "BenchEnvironment.h"
@@ -107,8 +108,8 @@ int writeSource(const Workload& workload, const QString& dir)
     return 0;
 }
 
-// Lists the book, and reads page (from 1) when given.
-int readBook(const QString& path, int page)
+// Lists the book, and reads page (from 1) reads times when given.
+int readBook(const QString& path, int page, int reads)
 {
     std::unique_ptr<ComicArchive> book;
     if (path.endsWith(QLatin1String(".cbz"), Qt::CaseInsensitive))
@@ -127,9 +128,12 @@ int readBook(const QString& path, int page)
         std::fprintf(stderr, "bench-count: %s has %d pages\n", qPrintable(path), int(names.size()));
         return 2;
     }
-    if (page > 0 && book->data(names.at(page - 1)).isNull()) {
-        std::fprintf(stderr, "bench-count: page %d of %s did not decode\n", page, qPrintable(path));
-        return 1;
+    for (int read = 0; read < reads && page > 0; ++read) {
+        if (book->data(names.at(page - 1)).isNull()) {
+            std::fprintf(
+                stderr, "bench-count: page %d of %s did not decode\n", page, qPrintable(path));
+            return 1;
+        }
     }
     std::printf("book %d of %d\n", page, int(names.size()));
     return 0;
@@ -151,7 +155,8 @@ int main(int argc, char** argv)
             option(arguments, QStringLiteral("image")), work == QLatin1String("decode"), pages);
     if (work == QLatin1String("book"))
         return readBook(option(arguments, QStringLiteral("book")),
-            option(arguments, QStringLiteral("page")).toInt());
+            option(arguments, QStringLiteral("page")).toInt(),
+            qMax(1, option(arguments, QStringLiteral("reads")).toInt()));
     Workload workload;
     QString error;
     if (!Workload::load(option(arguments, QStringLiteral("workload")), &workload, &error)) {
