@@ -345,24 +345,32 @@ PerformanceReport::Cell armInstructions(const QJsonObject& result)
     return cell;
 }
 
-// A page's decode in another format against the same page in JPEG, on ARM.
-PerformanceReport::Cell armDecodeInstructions(const QJsonObject& result)
+// A page's decode in another format against the same page in JPEG on the
+// same core, on ARM, with a goal on the ratio (0: none).
+CellFiller armDecodeInstructions(double goal)
 {
-    PerformanceReport::Cell cell;
-    if (result.isEmpty()) {
-        cell.verdict = QStringLiteral("not counted: the device's Qt only");
+    return [goal](const QJsonObject& result) {
+        PerformanceReport::Cell cell;
+        if (result.isEmpty()) {
+            cell.verdict = QStringLiteral("not counted: the device's Qt only");
+            return cell;
+        }
+        if (result.value(QStringLiteral("error_occurred")).toBool()) {
+            cell.verdict = result.value(QStringLiteral("error_message")).toString();
+            return cell;
+        }
+        cell.ours = instructions(counter(result, "ours")) + QStringLiteral(" a page");
+        cell.reference = instructions(counter(result, "reference")) + QStringLiteral(" (JPEG)");
+        cell.ratio = times(counter(result, "ratio"));
+        cell.verdict
+            = goal > 0 ? verdict(counter(result, "ratio"), goal) : QStringLiteral("reported");
         return cell;
-    }
-    if (result.value(QStringLiteral("error_occurred")).toBool()) {
-        cell.verdict = result.value(QStringLiteral("error_message")).toString();
-        return cell;
-    }
-    cell.ours = instructions(counter(result, "ours")) + QStringLiteral(" a page");
-    cell.reference = instructions(counter(result, "reference")) + QStringLiteral(" (JPEG)");
-    cell.ratio = times(counter(result, "ratio"));
-    cell.verdict = QStringLiteral("reported");
-    return cell;
+    };
 }
+
+// A JPEG XL page may cost at most 3 times the JPEG page on a Cortex-A7, the
+// core of recent e-readers.
+const double jxlCortexA7Goal = 3.0;
 
 // Whether a row's verdict rests on wall times, which other work on the
 // machine moves; counts of instructions and of memory it does not.
@@ -492,9 +500,25 @@ QList<RowSpec> rowSpecs()
                          "4:2:0) through our image plug-in on the device's ARM (under "
                          "`qemu-arm`) vs decoding the same page in JPEG"),
             QStringLiteral("report"), QStringLiteral("arm/decode_avif_instructions"),
-            armDecodeInstructions, Counted },
+            armDecodeInstructions(0), Counted },
         { QStringLiteral("the same, the page made JPEG XL (`cjxl -d 1`)"), QStringLiteral("report"),
-            QStringLiteral("arm/decode_jxl_instructions"), armDecodeInstructions, Counted },
+            QStringLiteral("arm/decode_jxl_instructions"), armDecodeInstructions(0), Counted },
+        // Each core's JPEG XL and AVIF page against the JPEG page on that core.
+        { QStringLiteral("the JPEG XL page on an emulated Cortex-A7 (`qemu-arm -cpu cortex-a7`: "
+                         "NEON and VFPv4, so highway's NEON code) vs the JPEG page on the same "
+                         "core"),
+            QStringLiteral("≤ 3 ×"), QStringLiteral("arm/decode_jxl_cortex-a7_instructions"),
+            armDecodeInstructions(jxlCortexA7Goal), Counted },
+        { QStringLiteral("the JPEG XL page on a Cortex-A9 (NEON without VFPv4, so highway's "
+                         "portable code) vs the JPEG page on the same core"),
+            QStringLiteral("report"), QStringLiteral("arm/decode_jxl_cortex-a9_instructions"),
+            armDecodeInstructions(0), Counted },
+        { QStringLiteral("the AVIF page on a Cortex-A7 vs the JPEG page on the same core"),
+            QStringLiteral("report"), QStringLiteral("arm/decode_avif_cortex-a7_instructions"),
+            armDecodeInstructions(0), Counted },
+        { QStringLiteral("the AVIF page on a Cortex-A9 vs the JPEG page on the same core"),
+            QStringLiteral("report"), QStringLiteral("arm/decode_avif_cortex-a9_instructions"),
+            armDecodeInstructions(0), Counted },
     };
 }
 
