@@ -111,6 +111,32 @@ QString solidBook(double worst)
         .arg(worst);
 }
 
+// bench-instructions' decodes of page 1: QEMU's default processor first,
+// whose JPEG XL page costs far less than the A7's own below, then each
+// core's JPEG XL page (A7: a7 × JPEG) and AVIF page against JPEG on that
+// core; the A9's AVIF page failed.
+QByteArray decodesByCore(double a7)
+{
+    const double jpeg = 660000000;
+    auto row = [jpeg](const char* name, double ratio) {
+        return QStringLiteral("{\"name\": \"arm/decode_%1_instructions\", \"decodes\": 2, "
+                              "\"ours\": %2, \"reference\": %3, \"ratio\": %4}")
+            .arg(QLatin1String(name))
+            .arg(qRound64(ratio * jpeg))
+            .arg(qint64(jpeg))
+            .arg(ratio);
+    };
+    const QStringList rows { row("jxl", 1.2), row("jxl_cortex-a7", a7), row("jxl_cortex-a9", 12.8),
+        row("avif_cortex-a7", 3.1),
+        QStringLiteral("{\"name\": \"arm/decode_avif_cortex-a9_instructions\", "
+                       "\"error_occurred\": true, \"error_message\": \"not counted: avifenc "
+                       "failed\"}") };
+    return QStringLiteral("{\"context\": {\"date\": \"2025-01-01T00:00:00\"}, "
+                          "\"benchmarks\": [%1]}")
+        .arg(rows.join(QStringLiteral(", ")))
+        .toUtf8();
+}
+
 const PerformanceReport::Row* rowOf(const QList<PerformanceReport::Row>& rows, const char* start)
 {
     for (const PerformanceReport::Row& row : rows) {
@@ -130,6 +156,7 @@ private slots:
     void columnsPerQt();
     void bigBookOpenAllowsOnlyTheListing();
     void armCountsInTheDevicesColumn();
+    void decodeCountsByCore();
     void busyRunJudgesNoTimes();
     void bigPagesJudgedByTheCostliestPage();
     void solidBookJudgedAfterTheFirstPage();
@@ -226,6 +253,58 @@ void TestPerformanceReport::armCountsInTheDevicesColumn()
     QCOMPARE(jxl->cells.at(1).reference, QStringLiteral("60,000,000 instructions (JPEG)"));
     QCOMPARE(jxl->cells.at(1).ratio, QStringLiteral("1.50 ×"));
     QVERIFY(report.markdown(QString(), QString()).contains(QStringLiteral("run of 2026-01-01")));
+}
+
+void TestPerformanceReport::decodeCountsByCore()
+{
+    // Two device runs, both busy: counts are judged whatever the load.
+    TestSupport::TemporaryDir within;
+    TestSupport::TemporaryDir over;
+    QVERIFY(writeResults(within.path(), pageTurn(21.0, 20.0), Busy));
+    QVERIFY(writeResults(over.path(), pageTurn(21.0, 20.0), Busy));
+    for (const auto& run : { qMakePair(within.path(), 2.9), qMakePair(over.path(), 4.121325) }) {
+        QFile counts(run.first + QStringLiteral("/arm-instructions.json"));
+        QVERIFY(counts.open(QIODevice::WriteOnly));
+        QVERIFY(counts.write(decodesByCore(run.second)) > 0);
+    }
+    PerformanceReport report;
+    QString error;
+    QVERIFY2(report.load(QStringLiteral("within"), within.path(), &error), qPrintable(error));
+    QVERIFY2(report.load(QStringLiteral("over"), over.path(), &error), qPrintable(error));
+    const QList<PerformanceReport::Row> rows = report.rows();
+
+    // The A7's own row, not the default processor's, against its goal.
+    const PerformanceReport::Row* jxlA7 = rowOf(rows, "the JPEG XL page on an emulated Cortex-A7");
+    QVERIFY(jxlA7);
+    QCOMPARE(jxlA7->goal, QStringLiteral("≤ 3 ×"));
+    QCOMPARE(jxlA7->cells.at(0).ours, QStringLiteral("1,914,000,000 instructions a page"));
+    QCOMPARE(jxlA7->cells.at(0).reference, QStringLiteral("660,000,000 instructions (JPEG)"));
+    QCOMPARE(jxlA7->cells.at(0).ratio, QStringLiteral("2.90 ×"));
+    QCOMPARE(jxlA7->cells.at(0).verdict, QStringLiteral("met"));
+    QCOMPARE(jxlA7->cells.at(1).ratio, QStringLiteral("4.12 ×"));
+    QCOMPARE(jxlA7->cells.at(1).verdict, QStringLiteral("missed by 37 %"));
+
+    // The A9 and AVIF: figures without a goal, and a failed count's reason.
+    const PerformanceReport::Row* jxlA9 = rowOf(rows, "the JPEG XL page on a Cortex-A9");
+    QVERIFY(jxlA9);
+    QCOMPARE(jxlA9->goal, QStringLiteral("report"));
+    QCOMPARE(jxlA9->cells.at(1).ratio, QStringLiteral("12.80 ×"));
+    QCOMPARE(jxlA9->cells.at(1).verdict, QStringLiteral("reported"));
+    const PerformanceReport::Row* avifA7 = rowOf(rows, "the AVIF page on a Cortex-A7");
+    QVERIFY(avifA7);
+    QCOMPARE(avifA7->cells.at(1).ours, QStringLiteral("2,046,000,000 instructions a page"));
+    QCOMPARE(avifA7->cells.at(1).ratio, QStringLiteral("3.10 ×"));
+    QCOMPARE(avifA7->cells.at(1).verdict, QStringLiteral("reported"));
+    const PerformanceReport::Row* avifA9 = rowOf(rows, "the AVIF page on a Cortex-A9");
+    QVERIFY(avifA9);
+    QVERIFY(avifA9->cells.at(1).ours.isEmpty());
+    QCOMPARE(avifA9->cells.at(1).verdict, QStringLiteral("not counted: avifenc failed"));
+
+    QVERIFY(report.markdown(QString(), QString())
+                .contains(QStringLiteral("| ≤ 3 × | 1,914,000,000 instructions a page vs "
+                                         "660,000,000 instructions (JPEG) | 2.90 ×, met | "
+                                         "2,720,074,500 instructions a page vs 660,000,000 "
+                                         "instructions (JPEG) | 4.12 ×, missed by 37 % |")));
 }
 
 void TestPerformanceReport::busyRunJudgesNoTimes()
