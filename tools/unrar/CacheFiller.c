@@ -81,22 +81,6 @@ static void notify(struct entry_cache* cache, uint64_t hash)
     }
 }
 
-static bool write_at(int fd, const void* data, size_t size, off_t offset)
-{
-    const char* at = data;
-    while (size > 0) {
-        const ssize_t count = pwrite(fd, at, size, offset);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        at += count;
-        size -= (size_t)count;
-        offset += count;
-    }
-    return true;
-}
-
 /* Removes this book's entries that this pass has not reached: kept for a
  * reader who was elsewhere in the book, they matter less than the ones that
  * follow where the reader is now. True once expected more bytes fit. */
@@ -197,8 +181,8 @@ enum entry_keep entry_cache_begin(struct entry_cache* cache, const char* name, i
     cache->out = open(cache->temporary, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     const size_t name_size = strlen(name);
     struct entry_header header = { { 0 }, (uint32_t)name_size, 0, 0, 0 };
-    if (cache->out < 0 || !write_at(cache->out, &header, sizeof header, 0)
-        || !write_at(cache->out, name, name_size, sizeof header)) {
+    if (cache->out < 0 || !cache_write_at(cache->out, &header, sizeof header, 0)
+        || !cache_write_at(cache->out, name, name_size, sizeof header)) {
         if (cache->out >= 0) {
             close(cache->out);
             unlink(cache->temporary);
@@ -224,7 +208,7 @@ bool entry_cache_write(struct entry_cache* cache, const void* data, size_t size)
     const uint64_t at = sizeof(struct entry_header) + cache->name_size + cache->written;
     if (cache->written + size > entry_limit
         || (cache->measured && cache->usage + at + size > cache->settings.limit)
-        || at + size > cache->settings.limit || !write_at(cache->out, data, size, (off_t)at))
+        || at + size > cache->settings.limit || !cache_write_at(cache->out, data, size, (off_t)at))
         return false;
     cache_hasher_add(&cache->checksum, data, size);
     cache->written += size;
@@ -265,7 +249,7 @@ void entry_cache_end(struct entry_cache* cache, bool complete)
     memcpy(header.magic, entry_magic, sizeof entry_magic);
     char path[2 * cache_path_size];
     entry_path(cache, cache->name_hash, path, sizeof path);
-    complete = complete && write_at(cache->out, &header, sizeof header, 0);
+    complete = complete && cache_write_at(cache->out, &header, sizeof header, 0);
     complete = close(cache->out) == 0 && complete;
     cache->out = -1;
     if (complete && rename(cache->temporary, path) == 0) {

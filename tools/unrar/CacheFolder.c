@@ -186,22 +186,22 @@ static bool make_folders(const char* path)
     return is_folder(path);
 }
 
-static bool write_whole(int fd, const void* data, size_t size)
+bool cache_write_at(int fd, const void* data, size_t size, off_t offset)
 {
     const char* at = data;
     while (size > 0) {
-        const ssize_t count = write(fd, at, size);
+        const ssize_t count = pwrite(fd, at, size, offset);
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
             return false;
         at += count;
         size -= (size_t)count;
+        offset += count;
     }
     return true;
 }
 
-/* Reads the whole small file into buffer; its length, or -1. */
 static ssize_t read_small(const char* path, char* buffer, size_t size)
 {
     const int fd = open(path, O_RDONLY | O_CLOEXEC);
@@ -246,7 +246,7 @@ bool cache_book_folder(const struct cache_settings* settings, const char* canoni
         const int fd = open(temporary, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
         if (fd < 0)
             return false;
-        const bool written = write_whole(fd, key, (size_t)length);
+        const bool written = cache_write_at(fd, key, (size_t)length, 0);
         if (close(fd) != 0 || !written || rename(temporary, path) != 0) {
             unlink(temporary);
             return false;

@@ -44,6 +44,9 @@ bool book_identity_same(const struct book_identity* a, const struct book_identit
 bool cache_book_folder(const struct cache_settings* settings, const char* canonical_path,
     const struct book_identity* identity, char* folder, size_t size);
 
+/* Writes all of data at offset, through interruptions and short writes. */
+bool cache_write_at(int fd, const void* data, size_t size, off_t offset);
+
 /* Marks the book as read now, for the order of eviction. */
 void cache_touch(const char* folder);
 
