@@ -25,5 +25,5 @@ set(ENV{PKG_CONFIG_LIBDIR} "${TAMBER_DEVICE_PREFIX}/musl/lib/pkgconfig")
 set(ENV{PKG_CONFIG_PATH} "")
 
 set(CMAKE_C_FLAGS_INIT
-  "-specs=${TAMBER_DEVICE_PREFIX}/musl-sysroot/musl.specs -ffunction-sections -fdata-sections")
+  "-specs=${TAMBER_DEVICE_PREFIX}/musl-sysroot/musl-gcc.driver -ffunction-sections -fdata-sections")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--gc-sections")

@@ -101,7 +101,7 @@ expect "dav1d's bit depths" dav1d-glibc libavif-glibc
 
 # The driver file that musl-sysroot writes into PREFIX: every musl compile.
 mkdir -p "$prefix/musl-sysroot"
-echo "*link: changed" >"$prefix/musl-sysroot/musl.specs"
+echo "*link: changed" >"$prefix/musl-sysroot/musl-gcc.driver"
 expect "the musl driver file" zlib-musl liblzma-musl libarchive-musl extractor
 
 [ "$failed" -eq 0 ] && echo "every part's stamp follows what shapes it"
