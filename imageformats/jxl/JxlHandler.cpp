@@ -15,15 +15,28 @@ namespace {
 const JxlPixelFormat rgba8 = { 4, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0 };
 
 // libjxl writes R, G, B, A bytes; QImage's 32-bit formats hold one native
-// 0xAARRGGBB word a pixel.
+// 0xAARRGGBB word a pixel. On a little-endian processor the bytes read as
+// 0xAABBGGRR, which a byte swap and a turn by 8 bits make 0xAARRGGBB: two
+// instructions a pixel on ARM, where this pass is a tenth of a page's decode.
 void toArgb(QImage* image)
 {
     for (int y = 0; y < image->height(); ++y) {
-        uchar* pixel = image->scanLine(y);
-        for (int x = 0; x < image->width(); ++x, pixel += 4) {
+        uchar* line = image->scanLine(y);
+        const int width = image->width();
+#if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
+        for (int x = 0; x < width; ++x) {
+            quint32 word;
+            std::memcpy(&word, line + 4 * x, 4);
+            word = __builtin_bswap32(word);
+            word = (word >> 8) | (word << 24);
+            std::memcpy(line + 4 * x, &word, 4);
+        }
+#else
+        for (uchar* pixel = line; pixel < line + 4 * width; pixel += 4) {
             const QRgb argb = qRgba(pixel[0], pixel[1], pixel[2], pixel[3]);
             std::memcpy(pixel, &argb, 4);
         }
+#endif
     }
 }
 
