@@ -6,7 +6,12 @@
 
 #include <jxl/decode.h>
 
+#include <cmath>
 #include <cstring>
+
+#if defined(__arm__)
+#include <sys/auxv.h>
+#endif
 
 using ImageFormatSupport::memoryLimit;
 
@@ -37,6 +42,81 @@ void toArgb(QImage* image)
             std::memcpy(pixel, &argb, 4);
         }
 #endif
+    }
+}
+
+// Whether libjxl runs its vector code here. On ARMv7 highway takes its NEON
+// code only where the core has NEON and VFPv4; elsewhere (Cortex-A8, A9) its
+// scalar float-to-byte pass costs some 190 instructions a pixel and its sRGB
+// curve 120, together a fifth of a page's decode, so there the handler takes
+// floats, in linear light for a lossy image, and makes the bytes itself.
+bool vectorDecoder()
+{
+#if defined(__arm__)
+    static const bool vector = [] {
+        const unsigned long caps = getauxval(AT_HWCAP);
+        return (caps & HWCAP_ARM_NEON) && (caps & HWCAP_ARM_VFPv4);
+    }();
+    return vector;
+#else
+    return true;
+#endif
+}
+
+const JxlPixelFormat rgbaFloat = { 4, JXL_TYPE_FLOAT, JXL_NATIVE_ENDIAN, 0 };
+
+// Linear light to sRGB bytes, in steps so fine that one moves the darkest
+// codes, where the curve is steepest, by a fifth of a code.
+const int linearSteps = 16383;
+
+const uchar* srgbFromLinear()
+{
+    static uchar table[linearSteps + 1];
+    static const bool made = [] {
+        for (int i = 0; i <= linearSteps; ++i) {
+            const double linear = double(i) / linearSteps;
+            const double encoded
+                = linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;
+            table[i] = uchar(std::lround(255 * encoded));
+        }
+        return true;
+    }();
+    Q_UNUSED(made);
+    return table;
+}
+
+// A NaN, which a damaged file may give, is 0.
+inline int byteOf(float value)
+{
+    return value > 0.f ? (value < 1.f ? int(value * 255.f + 0.5f) : 255) : 0;
+}
+
+inline int byteOfLinear(float value, const uchar* table)
+{
+    return table[value > 0.f ? (value < 1.f ? int(value * linearSteps + 0.5f) : linearSteps) : 0];
+}
+
+// Where libjxl hands over a row's float RGBA: into the image's ARGB words.
+struct FloatRows
+{
+    QImage* image;
+    const uchar* table; // null: the values are already sRGB
+    bool alpha;
+};
+
+void writeFloatRow(void* opaque, size_t x, size_t y, size_t count, const void* pixels)
+{
+    const FloatRows* rows = static_cast<const FloatRows*>(opaque);
+    const float* in = static_cast<const float*>(pixels);
+    QRgb* out = reinterpret_cast<QRgb*>(rows->image->scanLine(int(y))) + x;
+    if (rows->table) {
+        // An opaque image's alpha is all ones.
+        for (size_t i = 0; i < count; ++i, in += 4)
+            out[i] = qRgba(byteOfLinear(in[0], rows->table), byteOfLinear(in[1], rows->table),
+                byteOfLinear(in[2], rows->table), rows->alpha ? byteOf(in[3]) : 255);
+    } else {
+        for (size_t i = 0; i < count; ++i, in += 4)
+            out[i] = qRgba(byteOf(in[0]), byteOf(in[1]), byteOf(in[2]), byteOf(in[3]));
     }
 }
 
@@ -138,17 +218,22 @@ bool JxlHandler::read(QImage* image)
     // From before the output, which the limit covers as libjxl writes it.
     runner.start(memoryLimit - fileBytes);
     QImage frame(displaySize(), ImageFormatSupport::formatFor(hasAlpha()));
-    if (frame.isNull() || !decode(&frame))
+    const bool bytes = vectorDecoder();
+    if (frame.isNull() || !decode(&frame, bytes))
         return false;
-    toArgb(&frame);
+    if (bytes)
+        toArgb(&frame);
     *image = frame;
     return true;
 }
 
-bool JxlHandler::decode(QImage* image)
+bool JxlHandler::decode(QImage* image, bool bytes)
 {
     JxlPixelFormat format = rgba8;
     format.align = size_t(image->bytesPerLine());
+    // A lossy image comes in linear light where the handler makes the bytes.
+    const bool linear = !bytes && !info.uses_original_profile;
+    FloatRows rows = { image, linear ? srgbFromLinear() : nullptr, hasAlpha() };
     for (;;) {
         switch (JxlDecoderProcessInput(decoder)) {
         case JXL_DEC_COLOR_ENCODING:
@@ -161,12 +246,19 @@ bool JxlHandler::decode(QImage* image)
                     = info.num_color_channels == 1 ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
                 srgb.white_point = JXL_WHITE_POINT_D65;
                 srgb.primaries = JXL_PRIMARIES_SRGB;
-                srgb.transfer_function = JXL_TRANSFER_FUNCTION_SRGB;
+                srgb.transfer_function
+                    = linear ? JXL_TRANSFER_FUNCTION_LINEAR : JXL_TRANSFER_FUNCTION_SRGB;
                 srgb.rendering_intent = JXL_RENDERING_INTENT_PERCEPTUAL;
                 JxlDecoderSetPreferredColorProfile(decoder, &srgb);
             }
             break;
         case JXL_DEC_NEED_IMAGE_OUT_BUFFER: {
+            if (!bytes) {
+                if (JxlDecoderSetImageOutCallback(decoder, &rgbaFloat, &writeFloatRow, &rows)
+                    != JXL_DEC_SUCCESS)
+                    return false;
+                break;
+            }
             size_t needed = 0;
             const size_t have = size_t(image->bytesPerLine()) * size_t(image->height());
             if (JxlDecoderImageOutBufferSize(decoder, &format, &needed) != JXL_DEC_SUCCESS

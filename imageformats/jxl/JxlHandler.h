@@ -40,7 +40,9 @@ private:
     // The least that decoding takes, in bytes, as far as the header tells: the
     // file, libjxl's buffers and the output.
     qint64 decodingBytes() const;
-    bool decode(QImage* image);
+    // Into image's words: as bytes from libjxl, to be put in Qt's order, or
+    // as floats through a row callback.
+    bool decode(QImage* image, bool bytes);
 
     mutable JxlDecoderStruct* decoder;
     mutable JxlBasicInfo info;
