@@ -99,10 +99,10 @@ expect "glibc-compat.c" glibc-compat
 edit scripts/device-deps 's/-Dbitdepths=8,16 /-Dbitdepths=8 /'
 expect "dav1d's bit depths" dav1d-glibc libavif-glibc
 
-# The driver file that musl-sysroot writes into PREFIX: every musl compile.
-mkdir -p "$prefix/musl-sysroot"
-echo "*link: changed" >"$prefix/musl-sysroot/musl-gcc.driver"
-expect "the musl driver file" zlib-musl liblzma-musl libarchive-musl extractor
+# The compiler that musl-sysroot writes into PREFIX: every musl compile.
+mkdir -p "$prefix/musl-sysroot/bin"
+echo "# changed" >"$prefix/musl-sysroot/bin/musl-cc"
+expect "the musl compiler" zlib-musl liblzma-musl libarchive-musl extractor
 
 [ "$failed" -eq 0 ] && echo "every part's stamp follows what shapes it"
 exit "$failed"
